@@ -1,0 +1,34 @@
+// The handler only notes the signal and steps aside, so that the next one has its usual effect.
+#include "host/cli/stop_signal.h"
+
+#include <csignal>
+
+#include "host/cli/error.h"
+
+namespace cli {
+namespace {
+
+volatile std::sig_atomic_t received = 0;
+
+extern "C" void noteSignal(int signal) {
+    received = signal;
+    std::signal(signal, SIG_DFL);
+}
+
+} // namespace
+
+void watchStopSignals() {
+    std::signal(SIGINT, noteSignal);
+    std::signal(SIGTERM, noteSignal);
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN); // a reader that went away shows as a failed write
+#endif
+}
+
+int stopSignal() { return received; }
+
+void checkStop() {
+    if (received != 0) throw Interrupted(received);
+}
+
+} // namespace cli

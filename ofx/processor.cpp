@@ -1,0 +1,97 @@
+// Row bands and the host's threads.
+#include "ofx/processor.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+
+#include "ofx/image_effect.h"
+#include "ofx/log.h"
+#include "ofx/suites.h"
+#include "pixelops/rows.h"
+
+namespace OFX {
+namespace MultiThread {
+namespace {
+
+struct Job {
+    const std::function<void(unsigned, unsigned)>& function;
+    std::atomic<unsigned> started = 0;
+    std::atomic<unsigned> count = 0;
+    std::exception_ptr failure{};
+    std::mutex lock{};
+};
+
+// The host's threads are C code: exceptions wait here for the caller.
+void trampoline(unsigned index, unsigned count, void* argument) noexcept {
+    Job& job = *static_cast<Job*>(argument);
+    job.started.fetch_add(1, std::memory_order_relaxed);
+    job.count.store(count, std::memory_order_relaxed);
+    try {
+        job.function(index, count);
+        pixelops::finishRows();
+    } catch (...) {
+        const std::lock_guard guard(job.lock);
+        if (!job.failure) job.failure = std::current_exception();
+    }
+}
+
+unsigned processorCount() {
+    unsigned count = 0;
+    const auto* suite = suites().multiThread;
+    return suite != nullptr && suite->multiThreadNumCPUs(&count) == kOfxStatOK ? count : 1;
+}
+
+} // namespace
+
+void run(unsigned requested, const std::function<void(unsigned, unsigned)>& function) {
+    const unsigned count = requested != 0 ? requested : processorCount();
+    const auto* suite = suites().multiThread;
+    if (count > 1 && suite != nullptr) {
+        Job job{function};
+        const OfxStatus status = suite->multiThread(trampoline, count, &job);
+        if (job.failure) std::rethrow_exception(job.failure);
+        // Some hosts answer OK and leave indices out.
+        if (status == kOfxStatOK && job.started > 0 && job.started == job.count) return;
+        log(LogLevel::Warning, "The host's threads failed (status %d); one thread does the work.", status);
+    }
+    function(0, 1);
+    pixelops::finishRows();
+}
+
+void Processor::multiThread(unsigned count) {
+    run(count, [this](unsigned index, unsigned n) { multiThreadFunction(index, n); });
+}
+
+} // namespace MultiThread
+
+RectI band(const RectI& window, unsigned index, unsigned count) {
+    const auto rows = static_cast<unsigned>(height(window));
+    const unsigned first = index * rows / count;
+    const unsigned last = std::min((index + 1) * rows / count, rows);
+    return {window.x1, window.y1 + static_cast<int>(first), window.x2, window.y1 + static_cast<int>(last)};
+}
+
+void ImageProcessor::multiThreadFunction(unsigned index, unsigned count) {
+    const RectI rows = band(window, index, count);
+    if (!empty(rows)) processWindow(rows);
+}
+
+void ImageProcessor::process() {
+    if (destination == nullptr || empty(window)) return;
+    preProcess();
+    multiThread(0);
+    postProcess();
+}
+
+void ImageProcessor::stage(const RectI& area, const std::function<void(const RectI&)>& function) {
+    MultiThread::run(0, [&](unsigned index, unsigned count) {
+        const RectI rows = band(area, index, count);
+        if (!empty(rows)) function(rows);
+    });
+}
+
+bool ImageProcessor::aborted() const { return effect_.aborted(); }
+
+} // namespace OFX
