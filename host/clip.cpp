@@ -6,6 +6,7 @@
 #include "host/definitions.h"
 #include "host/host.h"
 #include "host/instance.h"
+#include "host/opencl.h"
 #include "host/plugin.h"
 
 namespace host {
@@ -108,8 +109,13 @@ std::shared_ptr<Image> Clip::source(double time, const RenderInProgress* render)
 
 FetchedImage& Clip::fetch(double time) {
     const RenderInProgress* render = instance_ ? instance_->renderAt(time) : nullptr;
-    auto fetched = std::make_unique<FetchedImage>(*this, source(time, render), render);
+    std::shared_ptr<Image> pixels = source(time, render);
+    auto fetched = std::make_unique<FetchedImage>(*this, pixels, render);
     FetchedImage& image = *fetched;
+    if (render && render->device) {
+        image.set<void*>(kOfxImageEffectPropOpenCLImage, render->device->of(pixels));
+        image.set<void*>(kOfxImagePropData, nullptr); // the pixels are on the device
+    }
     const std::lock_guard lock(mutex_);
     fetched_[&image] = std::move(fetched);
     return image;

@@ -100,6 +100,7 @@ void defineHost(PropertySet& properties, const Options& options) {
     defineRenderers(properties);
     defineColourManagement(properties);
     defineHostParameters(properties);
+    if (options.openCL) properties.set(kOfxImageEffectPropOpenCLSupported, "true");
 }
 
 void defineDescriptor(PropertySet& properties, const std::string& binaryPath) {

@@ -7,6 +7,7 @@
 #include "host/context.h"
 #include "host/definitions.h"
 #include "host/instance.h"
+#include "host/opencl.h"
 #include "host/services.h"
 
 namespace host {
@@ -32,6 +33,7 @@ const OfferedSuite kSuites[] = {
     {kOfxProgressSuite, 2, &kProgressSuiteV2},
     {kOfxTimeLineSuite, 1, &kTimeLineSuite},
     {kOfxInteractSuite, 1, &kInteractSuite},
+    {kOfxOpenCLProgramSuite, 1, &kOpenCLProgramSuite}, // only with a device
 };
 
 // The hosts of this process, oldest first.
@@ -88,6 +90,7 @@ const void* Host::suite(const char* name, int version) const {
         return offered.name == name && offered.version == version;
     });
     const void* ours = found == std::end(kSuites) ? nullptr : found->suite;
+    if (ours == &kOpenCLProgramSuite && !options_.openCL) ours = nullptr;
     return options_.suiteFilter ? options_.suiteFilter(name, version, ours) : ours;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -11,6 +12,8 @@
 #include "openfx/openfx.h"
 
 namespace host {
+
+class OpenCLDevice;
 
 // How the host behaves. The functions may be called from several threads at once.
 struct Options {
@@ -22,6 +25,8 @@ struct Options {
     double pixelAspect = 1, frameRate = 25;
     OfxRangeD frames{0, 0}; // the time line and every clip
     double time = 0;
+
+    std::shared_ptr<OpenCLDevice> openCL; // the device that plug-ins may render on; null: none is offered
 
     // May replace or hide (null) what a plug-in fetches; ours is null for a suite that the host lacks.
     std::function<const void*(const char* suite, int version, const void* ours)> suiteFilter;

@@ -75,10 +75,10 @@ OfxStatus clipGetRegionOfDefinition(OfxImageClipHandle clip, OfxTime time, OfxRe
 
 int abort(OfxImageEffectHandle handle) {
     // Asked for every row. Within a render it takes no lock, which would wait for pixels on their way to memory.
-    const auto& [host, render] = ThreadContext::current();
-    const bool own = render != nullptr && render->instance.handle() == handle;
+    const ThreadContext& context = ThreadContext::current();
+    const bool own = context.render != nullptr && context.render->instance.handle() == handle;
     bool aborted = false;
-    guarded([&] { aborted = own ? host->aborted() : require<Effect>(handle).host().aborted(); });
+    guarded([&] { aborted = own ? context.host->aborted() : require<Effect>(handle).host().aborted(); });
     return aborted ? 1 : 0;
 }
 

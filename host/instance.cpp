@@ -6,6 +6,7 @@
 #include "host/context.h"
 #include "host/definitions.h"
 #include "host/host.h"
+#include "host/opencl.h"
 #include "host/plugin.h"
 
 namespace host {
@@ -127,9 +128,9 @@ OfxStatus Instance::endSequence(const Sequence& sequence) {
 // Announces a render to the clips until the scope ends, then looks for images that the plug-in kept.
 class Instance::RenderScope {
 public:
-    RenderScope(Instance& instance, const RenderRequest& request)
+    RenderScope(Instance& instance, const RenderRequest& request, OpenCLImages* device)
         : instance_(instance),
-          render_{instance, request, ThreadContext::current().render},
+          render_{instance, request, device, ThreadContext::current().render},
           context_({&instance.host(), &render_}) {
         const std::lock_guard lock(instance.mutex_);
         instance.renders_.push_back(&render_);
@@ -165,8 +166,25 @@ OfxStatus Instance::render(const RenderRequest& request) {
          {kOfxImageEffectPropThumbnailRender, kOfxImageEffectPropOpenGLEnabled, kOfxImageEffectPropOpenCLEnabled,
           kOfxImageEffectPropCudaEnabled, kOfxImageEffectPropMetalEnabled})
         in.set(off, 0);
-    const RenderScope scope(*this, request);
+    if (request.openCL) return renderOnDevice(request, window, in);
+    const RenderScope scope(*this, request, nullptr);
     return action(kOfxImageEffectActionRender, &in);
+}
+
+OfxStatus Instance::renderOnDevice(const RenderRequest& request, const OfxRectI& window, PropertySet& in) {
+    if (!host_.options().openCL) throw Error("the host has no OpenCL device");
+    OpenCLDevice& device = *host_.options().openCL;
+    in.set(kOfxImageEffectPropOpenCLEnabled, 1);
+    in.set<void*>(kOfxImageEffectPropOpenCLContext, device.context());
+    in.set<void*>(kOfxImageEffectPropOpenCLCommandQueue, device.queue());
+    OpenCLImages images(device, window);
+    OfxStatus status;
+    {
+        const RenderScope scope(*this, request, &images);
+        status = action(kOfxImageEffectActionRender, &in);
+    }
+    if (status == kOfxStatOK) images.download(request.output);
+    return status;
 }
 
 const RenderInProgress* Instance::renderAt(double time) const {

@@ -13,6 +13,7 @@
 
 namespace host {
 
+class OpenCLImages;
 class Plugin;
 
 // One frame to make. The window is in pixels; without one it is the output's bounds. Renders that run at the same time
@@ -25,6 +26,7 @@ struct RenderRequest {
     const char* field = kOfxImageFieldNone;
     unsigned threads = 0; // that the multi-thread suite promises at most; 0: all of the host
     bool sequential = false, interactive = false, draft = false;
+    bool openCL = false; // on the host's device; the output is back in memory afterwards
 };
 
 // A range of frames that will be rendered.
@@ -131,6 +133,7 @@ private:
     OfxRectD defaultRegion(double time) const;
     std::vector<Clip*> inputs() const; // connected
     void reportLeaks();
+    OfxStatus renderOnDevice(const RenderRequest& request, const OfxRectI& window, PropertySet& in);
 
     Plugin& plugin_;
     const Descriptor& descriptor_;
@@ -147,6 +150,7 @@ private:
 struct RenderInProgress {
     const Instance& instance;
     const RenderRequest& request;
+    OpenCLImages* device;          // null on the CPU
     const RenderInProgress* outer; // of the same thread, when a source renders another instance
 };
 

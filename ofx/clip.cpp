@@ -1,6 +1,7 @@
 // Clips and pixel formats through the host's suites.
 #include "ofx/clip.h"
 
+#include <cmath>
 #include <string>
 
 #include "ofx/exception.h"
@@ -64,7 +65,7 @@ PixelFormat Clip::format() const { return formatOf(properties_, {}); }
 bool Clip::frameRange(OfxRangeD& range) const {
     const auto first = properties_.find<double>(kOfxImageEffectPropFrameRange, 0);
     const auto last = properties_.find<double>(kOfxImageEffectPropFrameRange, 1);
-    if (!first || !last) return false;
+    if (!first || !last || !std::isfinite(*first) || !std::isfinite(*last)) return false;
     range = {*first, *last};
     return true;
 }

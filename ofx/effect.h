@@ -10,6 +10,7 @@
 #include "ofx/processor.h"
 #include "ofx/shapes.h"
 #include "ofx/traits.h"
+#include "opencl/temporary_image.h"
 
 namespace OFX {
 
@@ -27,6 +28,39 @@ protected:
     auto abort() const {
         return [this] { return aborted(); };
     }
+};
+
+// Base of every effect's OpenCL processor, on top of <fx>ProcessorBase: process() enqueues the kernels on the host's
+// queue and does not wait.
+template <class Base>
+class OpenCLProcessor : public Base {
+public:
+    OpenCLProcessor(ImageEffect& effect, OpenCL::Program& program, const RenderArguments& arguments)
+        : Base(effect),
+          program_(program),
+          context_(static_cast<cl_context>(arguments.openCLContext)),
+          queue_(static_cast<cl_command_queue>(arguments.openCLQueue)) {}
+
+    void processWindow(const RectI&) override {}
+
+protected:
+    OpenCL::KernelCall kernel(std::size_t index = 0) const { return {program_, index, queue_}; }
+    // The device image of a fetched image. Throws the failed render without one.
+    static cl_mem device(const Image* image) {
+        if (void* memory = image->openCL()) return static_cast<cl_mem>(memory);
+        throw Exception::Suite(kOfxStatFailed, "an image is not on the device");
+    }
+    int width() const { return OFX::width(this->window); }
+    int height() const { return OFX::height(this->window); }
+    // For passes between images: in the format of another, released when it goes. Null memory fails the kernel call.
+    OpenCL::TemporaryImage temporary(const Image* like) const {
+        return {program_.api(), context_, device(like), width(), height()};
+    }
+
+private:
+    OpenCL::Program& program_;
+    cl_context context_;
+    cl_command_queue queue_;
 };
 
 // The images of one render, released when it ends.
@@ -49,17 +83,19 @@ private:
 // Copies the window of the source; pixels outside the source become transparent black.
 void copyWindow(ImageEffect& effect, const RectI& window, const Image& source, const Image& destination);
 
-template <class Base, template <class, int, int, int> class CPU>
+template <class Base, template <class, int, int, int> class CPU, class DeviceProcessor>
 class Effect : public ImageEffect {
 public:
     using Values = typename Base::Values;
 
     Effect(OfxImageEffectHandle handle, const EffectTraits& traits, Context context)
-        : ImageEffect(handle, sourceClips(context), traits.params), traits_(traits), context_(context) {}
+        : ImageEffect(handle, sourceClips(context), traits.params), traits_(traits), context_(context) {
+        if (traits.program != nullptr) traits.program->build(hostCompile(), 0);
+    }
 
     void render(const RenderArguments& arguments) override {
         const Frame frame(*this, arguments.time);
-        if (arguments.openCLEnabled) throw Exception::Suite(kOfxStatFailed, "there is no OpenCL processor");
+        if (arguments.openCLEnabled) return runOnDevice(frame, arguments);
         const auto [depth, components, order] = frame.format();
         const bool alpha = components == Components::Alpha, bgra = order == PixelOrder::BGRA;
         if (depth == Depth::Byte) {
@@ -102,18 +138,30 @@ protected:
     const EffectTraits& traits() const { return traits_; }
 
 private:
-    template <class Processor>
-    void run(const Frame& frame, const RenderArguments& arguments) {
-        Processor processor(*this);
+    void prepare(Base& processor, const Frame& frame, const RenderArguments& arguments) {
         processor.setDestination(&frame.destination());
         processor.setRenderWindow(arguments.renderWindow);
         processor.sources[0] = frame.source(0);
         processor.sources[1] = frame.source(1);
         processor.values = valuesAt(arguments.time);
+        setUp(processor, arguments);
+    }
+
+    template <class Processor>
+    void run(const Frame& frame, const RenderArguments& arguments) {
+        Processor processor(*this);
+        prepare(processor, frame, arguments);
         if (sources().size() == 1 && neutral(processor.values)) {
             return copyWindow(*this, arguments.renderWindow, *frame.source(0), frame.destination());
         }
-        setUp(processor, arguments);
+        processor.process();
+    }
+
+    // The host asked for the device; nothing falls back to the CPU.
+    void runOnDevice(const Frame& frame, const RenderArguments& arguments) {
+        if (traits_.program == nullptr) throw Exception::Suite(kOfxStatFailed, "the effect has no kernels");
+        DeviceProcessor processor(*this, *traits_.program, arguments);
+        prepare(processor, frame, arguments);
         processor.process();
     }
 
@@ -132,7 +180,12 @@ private:
         using fx##ProcessorBase::fx##ProcessorBase;                                            \
         void processWindow(const OFX::RectI& band) override;                                   \
     };                                                                                         \
-    using fx##Effect = OFX::Effect<fx##ProcessorBase, fx##Processor>;                          \
+    class fx##OpenCLProcessor final : public OFX::OpenCLProcessor<fx##ProcessorBase> {         \
+    public:                                                                                    \
+        using OpenCLProcessor::OpenCLProcessor;                                                \
+        void process() override;                                                               \
+    };                                                                                         \
+    using fx##Effect = OFX::Effect<fx##ProcessorBase, fx##Processor, fx##OpenCLProcessor>;     \
     class fx##Plugin;                                                                          \
     class fx##PluginFactory final : public OFX::EffectFactory<fx##PluginFactory, fx##Plugin> { \
     public:                                                                                    \

@@ -71,6 +71,12 @@ template <class Factory, class Plugin>
 class EffectFactory : public PluginFactoryHelper<Factory> {
 public:
     using PluginFactoryHelper<Factory>::PluginFactoryHelper;
+    void load() override {
+        if (OpenCL::Program* program = Plugin::traits.program) program->load(hostCompile());
+    }
+    void unload() override {
+        if (OpenCL::Program* program = Plugin::traits.program) program->release();
+    }
     void describe(OfxImageEffectHandle descriptor) override { OFX::describe(Plugin::traits, descriptor); }
     void describeInContext(OfxImageEffectHandle descriptor, Context context) override {
         OFX::describeInContext(Plugin::traits, descriptor, servedContext(Plugin::traits, context));

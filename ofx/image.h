@@ -33,6 +33,8 @@ public:
     double pixelAspect() const { return pixelAspect_; }
     // False for an image that lives on a device only.
     bool inMemory() const { return data_ != nullptr; }
+    // The 2-D image object (cl_mem) of a device image, the window's pixels with row y1 first; null without one.
+    void* openCL() const { return properties_.find<void*>(kOfxImageEffectPropOpenCLImage).value_or(nullptr); }
 
     // Address of the first component of pixel (x, y), which must lie inside the bounds.
     template <class T>

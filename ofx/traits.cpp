@@ -66,7 +66,8 @@ void describe(const EffectTraits& traits, OfxImageEffectHandle descriptor) {
 
     p.set(kOfxImageEffectPropHelpFile, "tessel1.ofx.chm");
     p.set(kOfxImageEffectPropHelpContextID, traits.helpContext);
-    p.set(kOfxImageEffectPropOpenCLSupported, "false");
+    const bool openCL = traits.program != nullptr && hostCompile() != nullptr;
+    p.set(kOfxImageEffectPropOpenCLSupported, openCL ? "true" : "false");
 }
 
 void describeInContext(const EffectTraits& traits, OfxImageEffectHandle descriptor, Context context) {
@@ -80,6 +81,11 @@ void describeInContext(const EffectTraits& traits, OfxImageEffectHandle descript
     if (traits.upliftGuid[0] != '\0') {
         propertiesOf(descriptor).set(kOfxImageEffectPropOrvixUpliftGUID, traits.upliftGuid);
     }
+}
+
+OpenCL::Compile hostCompile() {
+    const auto* suite = suites().openCLProgram;
+    return suite != nullptr ? suite->compileProgram : nullptr;
 }
 
 } // namespace OFX

@@ -5,6 +5,7 @@
 
 #include "ofx/enumerations.h"
 #include "ofx/params.h"
+#include "opencl/program.h"
 
 namespace OFX {
 
@@ -17,9 +18,10 @@ struct EffectTraits {
     const char* label; // label, short label and long label
     std::span<const Context> contexts;
     std::span<const Param> params;
-    int helpContext = 0;         // page of the help file
-    const char* upliftGuid = ""; // the legacy effect whose saved keyframes the plug-in takes over
-    bool childrenOnPage = true;  // whether the page "Controls" lists the parameters
+    OpenCL::Program* program = nullptr; // the kernels; null renders on the CPU only
+    int helpContext = 0;                // page of the help file
+    const char* upliftGuid = "";        // the legacy effect whose saved keyframes the plug-in takes over
+    bool childrenOnPage = true;         // whether the page "Controls" lists the parameters
 };
 
 // Input clips of a context, in the order in which effects number them.
@@ -32,5 +34,8 @@ Context servedContext(const EffectTraits& traits, Context requested);
 // The two descriptions. Nothing that a describe has written is ever read back.
 void describe(const EffectTraits& traits, OfxImageEffectHandle descriptor);
 void describeInContext(const EffectTraits& traits, OfxImageEffectHandle descriptor, Context context);
+
+// The host's compile function; null where the host compiles nothing.
+OpenCL::Compile hostCompile();
 
 } // namespace OFX

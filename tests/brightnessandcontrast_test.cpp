@@ -216,9 +216,10 @@ protected:
             },
             format);
     }
-    void connect(int low, int high) {
-        connect(kBytes, [=](int) { return std::pair(low, high); });
+    void connect(const Format& format, int low, int high) {
+        connect(format, [=](int) { return std::pair(low, high); });
     }
+    void connect(int low, int high) { connect(kBytes, low, high); }
     double number(const char* name, double time = 0) const { return instance->parameters().at(name).number(time); }
 
     // What moves the greys to Min and Max about the centre.
@@ -245,7 +246,7 @@ protected:
 TEST_F(Analysis, MovesTheFootagesEndsToMinAndMax) {
     for (const Format format : kRendered)
         for (const auto& [low, high] : {std::pair{60, 180}, std::pair{0, 255}, std::pair{10, 11}}) {
-            connect(format, [=](int) { return std::pair(low, high); });
+            connect(format, low, high);
             instance->press("DoAnalysis");
             expectSetting(low, high);
             const auto image = rendered(*instance, format, {0, 0, 20, 10});
@@ -303,10 +304,10 @@ TEST_F(Analysis, MeasuresLuma) {
         const double full = format.depth == Depth::Byte ? 255 : 1;
         const auto image = flat(format, {0, 0, 20, 10}, {full, 0, 0, full}); // 0.299 of 255
         for (int y = 0; y < 10; ++y)
-            for (int x = 0; x < 10; ++x) put(*image, x, y, {0, 0, full, full}); // 0.114 of 255
+            for (int x = 0; x < 10; ++x) put(*image, x, y, {0, full, 0, full}); // 0.587 of 255
         instance->clip("Source").connect(image);
         instance->press("DoAnalysis");
-        expectSetting(29, 76);
+        expectSetting(76, 150);
     }
 }
 

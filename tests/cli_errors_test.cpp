@@ -153,7 +153,7 @@ TEST_F(Videos, NeedFfmpegAndSaySo) {
 // ---- stop
 
 TEST_F(Stop, InTheMiddleOfASequenceLeavesWholePicturesOnly) {
-    Child child(folder, "render checkerboard --size 320x240 --frames 0-999999 --out out.%d.png");
+    Child child(folder, "render checkerboard --size 320x240 --frames 0-9999 --out out.%d.png");
     ASSERT_TRUE(comesTrue([&] { return fs::exists(folder / "out.9.png"); }));
     child.send(SIGINT);
     const Result result = child.wait();
@@ -167,7 +167,7 @@ TEST_F(Stop, InTheMiddleOfASequenceLeavesWholePicturesOnly) {
 
 TEST_F(Stop, InTheMiddleOfAVideoLeavesNothing) {
     if (!hasVideo()) GTEST_SKIP() << "ffmpeg is not installed";
-    Child child(folder, "render checkerboard --size 320x240 --frames 0-999999 --out out.mkv");
+    Child child(folder, "render checkerboard --size 320x240 --frames 0-9999 --out out.mkv");
     ASSERT_TRUE(comesTrue([&] { // the probe of the folder comes and goes, empty
         const Words begun = files();
         std::error_code gone;

@@ -258,4 +258,34 @@ TEST_F(Videos, AreReadFromAnyFrameAndKeepTheirRate) {
     EXPECT_NE(probed.find("nb_read_packets=8"), std::string::npos) << probed;
 }
 
+// ---- OpenCL
+
+class OnDevices : public CommandLine {};
+
+TEST_F(OnDevices, PicturesAreThoseOfTheProcessor) {
+    const Result devices = Child(folder, "devices").wait();
+    if (devices.status != 0) {
+        EXPECT_NE(devices.err.find("there is no OpenCL device"), std::string::npos) << devices.err;
+        GTEST_SKIP() << devices.err;
+    }
+    EXPECT_EQ(devices.out.substr(0, 3), "0  ");
+    const std::string chain =
+        "render checkerboard --size 96x64 --set TileDimensionsWidth=0.125 "
+        "+ brightnessandcontrast --set Contrast=-0.5 --set ContrastCenter=0.25 ";
+    for (const std::string depth : {"byte", "float"}) {
+        succeed(chain + "--depth " + depth + " --out cpu.exr --bits 32");
+        succeed(chain + "--depth " + depth + " --opencl --device 0 --out device.exr --bits 32");
+        const auto cpu = load("cpu.exr", kFloat);
+        EXPECT_TRUE(matches(*load("device.exr", kFloat), cpu->bounds(), [&](int x, int y) {
+            return Expected{pixelAt(*cpu, x, y), 4e-6};
+        })) << depth;
+    }
+}
+
+TEST_F(OnDevices, ThatAreNotThereOrCannotServeAreNamed) {
+    expectFailures(1, {{"render checkerboard --opencl --device 99 --out a.png", {"OpenCL device"}}});
+    expectFailures(2, {{"render checkerboard --device 1 --out a.png", {"--opencl"}},
+                       {"render checkerboard --opencl --device -1 --out a.png", {"--device"}}});
+}
+
 } // namespace

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "kernels.h"
+
 namespace {
 
 using Values = brightnessandcontrastValues;
@@ -16,58 +18,32 @@ using Values = brightnessandcontrastValues;
 constexpr const char* kReferenceModes[] = {"RM_CurrentFrame", "RM_CurrentMedia", "RM_EachFrameIndependently"};
 enum ReferenceMode { CurrentFrame, CurrentMedia, EachFrame };
 
+// One row, one control.
+// clang-format off
 constexpr OFX::Param kParams[] = {
-    {.name = "Brightness",
-     .field = OFX::at<&Values::brightness>,
-     .range = {-1, 1},
+    {.name = "Brightness", .field = OFX::at<&Values::brightness>, .range = {-1, 1},
      .hint = "Added to every colour: 1 turns black into white."},
-    {.name = "Contrast",
-     .field = OFX::at<&Values::contrast>,
-     .range = {-1, 1},
+    {.name = "Contrast", .field = OFX::at<&Values::contrast>, .range = {-1, 1},
      .hint = "-1 leaves only the centre, 0 changes nothing, 1 leaves only black and white."},
-    {.name = "ContrastCenter",
-     .label = "Contrast center",
-     .field = OFX::at<&Values::center>,
-     .initial = {0.5},
+    {.name = "ContrastCenter", .label = "Contrast center", .field = OFX::at<&Values::center>, .initial = {0.5},
      .hint = "The level that contrast leaves where it is."},
     {.name = "Group", .kind = OFX::Kind::Group},
     {.name = "GroupInput", .kind = OFX::Kind::Group, .parent = "Group"},
     {.name = "GroupOutput", .kind = OFX::Kind::Group, .parent = "Group"},
-    {.name = "Percent",
-     .kind = OFX::Kind::Double,
-     .parent = "GroupInput",
-     .initial = {0.01},
-     .range = {0, 0.5},
-     .increment = 0.01,
-     .animates = false,
+    {.name = "Percent", .kind = OFX::Kind::Double, .parent = "GroupInput", .initial = {0.01}, .range = {0, 0.5},
+     .increment = 0.01, .animates = false,
      .hint = "Share of the darkest and of the brightest pixels that the analysis leaves out."},
-    {.name = "Min",
-     .kind = OFX::Kind::Double,
-     .parent = "GroupOutput",
-     .initial = {15 / 255.0},
-     .range = {0, 0.99},
-     .animates = false,
-     .hint = "The level that the analysis moves the darkest pixels to."},
-    {.name = "Max",
-     .kind = OFX::Kind::Double,
-     .parent = "GroupOutput",
-     .initial = {235 / 255.0},
-     .range = {0.01, 1},
-     .display = {0.1, 1},
-     .animates = false,
-     .hint = "The level that the analysis moves the brightest pixels to."},
-    {.name = "ReferenceMode",
-     .kind = OFX::Kind::Choice,
-     .parent = "Group",
-     .initial = {CurrentMedia},
-     .animates = false,
-     .options = kReferenceModes,
+    {.name = "Min", .kind = OFX::Kind::Double, .parent = "GroupOutput", .initial = {15 / 255.0}, .range = {0, 0.99},
+     .animates = false, .hint = "The level that the analysis moves the darkest pixels to."},
+    {.name = "Max", .kind = OFX::Kind::Double, .parent = "GroupOutput", .initial = {235 / 255.0}, .range = {0.01, 1},
+     .display = {0.1, 1}, .animates = false, .hint = "The level that the analysis moves the brightest pixels to."},
+    {.name = "ReferenceMode", .kind = OFX::Kind::Choice, .parent = "Group", .initial = {CurrentMedia},
+     .animates = false, .options = kReferenceModes,
      .hint = "What the analysis measures: the current frame, all frames together, or each frame for keys of its own."},
-    {.name = "DoAnalysis",
-     .kind = OFX::Kind::PushButton,
-     .parent = "Group",
+    {.name = "DoAnalysis", .kind = OFX::Kind::PushButton, .parent = "Group",
      .hint = "Set brightness and contrast so that the footage fills the range from Min to Max."},
 };
+// clang-format on
 
 // --- Arithmetic ---
 
@@ -120,12 +96,27 @@ void brightnessandcontrastProcessor<T, N, max, bgra>::processWindow(const OFX::R
     });
 }
 
+void brightnessandcontrastOpenCLProcessor::process() {
+    const cl_float4 tone = {{static_cast<float>(values.brightness), static_cast<float>(values.contrast),
+                             static_cast<float>(values.center), 0}};
+    kernel()
+        .arg(device(sources[0]))
+        .arg(device(destination))
+        .arg(width())
+        .arg(height())
+        .arg(tone)
+        .run(width(), height());
+}
+
 // --- The plug-in ---
+
+static OpenCL::Program kernelProgram(kernels::brightnessandcontrast, {"kdd97a7f20"});
 
 constinit const OFX::EffectTraits brightnessandcontrastPlugin::traits = {
     .label = "Orvix Brightness and Contrast",
     .contexts = OFX::kFilter,
     .params = kParams,
+    .program = &kernelProgram,
     .helpContext = 1248,
 };
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "effects/checkerboard/blend.h"
+#include "kernels.h"
 #include "ofx/log.h"
 #include "pixelops/pixel.h"
 #include "pixelops/rows.h"
@@ -19,69 +20,37 @@ using Values = checkerboardValues;
 
 // --- Controls ---
 
+// One row, one control.
+// clang-format off
 constexpr OFX::Param kParams[] = {
     {.name = "TileDimensions", .label = "Tile dimensions", .kind = OFX::Kind::Group},
-    {.name = "TileDimensionsWidth",
-     .label = "Width",
-     .field = OFX::at<&Values::tileWidth>,
-     .parent = "TileDimensions",
-     .initial = {0.1},
-     .range = {0.001, 1},
+    {.name = "TileDimensionsWidth", .label = "Width", .field = OFX::at<&Values::tileWidth>,
+     .parent = "TileDimensions", .initial = {0.1}, .range = {0.001, 1},
      .hint = "Width of a tile as a fraction of the picture's width."},
-    {.name = "TileDimensionsHeight",
-     .label = "Height",
-     .field = OFX::at<&Values::tileHeight>,
-     .parent = "TileDimensions",
-     .initial = {0.1},
-     .range = {0.001, 1},
-     .enabled = false,
+    {.name = "TileDimensionsHeight", .label = "Height", .field = OFX::at<&Values::tileHeight>,
+     .parent = "TileDimensions", .initial = {0.1}, .range = {0.001, 1}, .enabled = false,
      .hint = "Height of a tile as a fraction of the picture's height; follows the width while Square is on."},
-    {.name = "TileDimensionsSquare",
-     .label = "Square",
-     .field = OFX::at<&Values::square>,
-     .parent = "TileDimensions",
-     .initial = {1},
-     .hint = "Tiles as high as they are wide on the display."},
+    {.name = "TileDimensionsSquare", .label = "Square", .field = OFX::at<&Values::square>,
+     .parent = "TileDimensions", .initial = {1}, .hint = "Tiles as high as they are wide on the display."},
     {.name = "EdgeBlending", .label = "Edge blending", .kind = OFX::Kind::Group},
-    {.name = "EdgeBlendingHorizontal",
-     .label = "Horizontal",
-     .field = OFX::at<&Values::blendHorizontal>,
-     .parent = "EdgeBlending",
-     .hint = "Soft part of a tile's width: 0 is a hard edge, 1 a ramp from tile to tile."},
-    {.name = "EdgeBlendingVertical",
-     .label = "Vertical",
-     .field = OFX::at<&Values::blendVertical>,
-     .parent = "EdgeBlending",
-     .enabled = false,
+    {.name = "EdgeBlendingHorizontal", .label = "Horizontal", .field = OFX::at<&Values::blendHorizontal>,
+     .parent = "EdgeBlending", .hint = "Soft part of a tile's width: 0 is a hard edge, 1 a ramp from tile to tile."},
+    {.name = "EdgeBlendingVertical", .label = "Vertical", .field = OFX::at<&Values::blendVertical>,
+     .parent = "EdgeBlending", .enabled = false,
      .hint = "Soft part of a tile's height; follows the horizontal amount while Proportional is on."},
-    {.name = "EdgeBlendingProportional",
-     .label = "Proportional",
-     .field = OFX::at<&Values::proportional>,
-     .parent = "EdgeBlending",
-     .initial = {1},
-     .hint = "Blend as much vertically as horizontally."},
-    {.name = "Color1",
-     .label = "Color 1",
-     .field = OFX::at<&Values::color1>,
-     .initial = {0, 0, 0, 1},
+    {.name = "EdgeBlendingProportional", .label = "Proportional", .field = OFX::at<&Values::proportional>,
+     .parent = "EdgeBlending", .initial = {1}, .hint = "Blend as much vertically as horizontally."},
+    {.name = "Color1", .label = "Color 1", .field = OFX::at<&Values::color1>, .initial = {0, 0, 0, 1},
      .hint = "Colour of the first tile, top left."},
-    {.name = "Color2",
-     .label = "Color 2",
-     .field = OFX::at<&Values::color2>,
-     .initial = {1, 1, 1, 1},
+    {.name = "Color2", .label = "Color 2", .field = OFX::at<&Values::color2>, .initial = {1, 1, 1, 1},
      .hint = "Colour of the other tiles."},
     {.name = "GridOffset", .label = "Grid offset", .kind = OFX::Kind::Group},
-    {.name = "GridOffsetX",
-     .label = "X",
-     .field = OFX::at<&Values::offsetX>,
-     .parent = "GridOffset",
+    {.name = "GridOffsetX", .label = "X", .field = OFX::at<&Values::offsetX>, .parent = "GridOffset",
      .hint = "Shift of the grid to the right, as a fraction of the picture's width."},
-    {.name = "GridOffsetY",
-     .label = "Y",
-     .field = OFX::at<&Values::offsetY>,
-     .parent = "GridOffset",
+    {.name = "GridOffsetY", .label = "Y", .field = OFX::at<&Values::offsetY>, .parent = "GridOffset",
      .hint = "Shift of the grid downwards, as a fraction of the picture's height."},
 };
+// clang-format on
 
 // What the legacy effect saved for one keyframe. Its colours stand as four floats each, 0..1, before the numbers.
 struct LegacyRecord {
@@ -253,12 +222,39 @@ void checkerboardProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& ban
     });
 }
 
+void checkerboardOpenCLProcessor::process() {
+    const auto [x, y] = checkerboard::grid(values, width(), height(), destination->pixelAspect());
+    const auto pair = [](double a, double b) { return cl_float2{{static_cast<float>(a), static_cast<float>(b)}}; };
+    // Byte images take the CPU's whole codes, so that the device need not truncate.
+    const auto color = [this](const OFX::RGBA& straight) {
+        if (destination->format().depth == OFX::Depth::Byte) {
+            const auto [r, g, b, a] = premultiplied<std::uint8_t, 255, 0>(straight);
+            return cl_float4{{r / 255.0f, g / 255.0f, b / 255.0f, a / 255.0f}};
+        }
+        const auto [r, g, b, a] = premultiplied<float, 1, 0>(straight);
+        return cl_float4{{r, g, b, a}};
+    };
+    kernel()
+        .arg(device(destination))
+        .arg(cl_int2{{width(), height()}})
+        .arg(pair(x.tile, y.tile))
+        .arg(pair(x.blend, y.blend))
+        .arg(pair(0.5 / x.blend, 0.5 / y.blend))
+        .arg(pair(0.5 - x.origin, 0.5 - y.origin))
+        .arg(color(values.color2))
+        .arg(color(values.color1))
+        .run(width(), height());
+}
+
 // --- The plug-in ---
+
+static OpenCL::Program kernelProgram(kernels::checkerboard, {"k273207df0"});
 
 constinit const OFX::EffectTraits checkerboardPlugin::traits = {
     .label = "Orvix Checkerboard",
     .contexts = OFX::kGenerator,
     .params = kParams,
+    .program = &kernelProgram,
     .helpContext = 1240,
     .upliftGuid = "{DB10DAB1-5247-4194-B666-E076AD51BE19}",
     .childrenOnPage = false,

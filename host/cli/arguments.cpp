@@ -136,6 +136,10 @@ void addRenderOptions(CLI::App& app, RenderArguments& render, RenderTexts& texts
         ->check(CLI::IsMember({8, 10, 16, 32}).description(""));
     add(app, "--threads", render.threads, "N", "Threads; default: all of the machine, generators one")
         ->check(CLI::Range(1u, 1024u).description(""));
+    CLI::Option* openCL = app.add_flag("--opencl", render.openCL, "Render on an OpenCL device");
+    app.add_option("--device", render.device, "The OpenCL device; 'orvix devices' lists them; default 0")
+        ->needs(openCL)
+        ->check(CLI::NonNegativeNumber);
     app.add_flag("--quiet", render.quiet, "Say nothing but errors");
 }
 
@@ -177,6 +181,8 @@ void parsePart(const Words& words, Arguments& arguments, RenderTexts& texts) {
     addRenderOptions(*render, arguments.render, texts);
     render->footer(kRenderHelp);
 
+    const CLI::App* devices = app.add_subcommand("devices", "The OpenCL devices that --opencl can use");
+
     try {
         app.parse(Words(words.rbegin(), words.rend()));
     } catch (const CLI::CallForVersion& version) {
@@ -195,6 +201,7 @@ void parsePart(const Words& words, Arguments& arguments, RenderTexts& texts) {
 
     arguments.command = list->parsed()       ? Arguments::Command::List
                         : describe->parsed() ? Arguments::Command::Describe
+                        : devices->parsed()  ? Arguments::Command::Devices
                                              : Arguments::Command::Render;
     stage.values = parseAssignments(stageTexts.values, "--set", "Name=value");
     stage.keys = parseAssignments(stageTexts.keys, "--key", "Name=time:value,time:value");
@@ -221,7 +228,7 @@ void checkRender(const RenderTexts& texts, RenderArguments& render) {
 } // namespace
 
 Arguments parseArguments(const std::vector<std::string>& words) {
-    static const Words kCommands = {"list", "describe", "render"};
+    static const Words kCommands = {"list", "describe", "render", "devices"};
     Arguments arguments;
     if (words.empty()) {
         RenderTexts none;

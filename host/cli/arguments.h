@@ -40,11 +40,13 @@ struct RenderArguments {
     std::optional<Rate> rate;
     int bits = 0;
     unsigned threads = 0; // 0: not given
+    bool openCL = false;
+    int device = 0; // of OpenCL
     bool quiet = false;
 };
 
 struct Arguments {
-    enum class Command { Help, List, Describe, Render } command = Command::Help;
+    enum class Command { Help, List, Describe, Render, Devices } command = Command::Help;
     std::vector<std::string> bundles;
     ListArguments list;
     DescribeArguments describe;

@@ -47,6 +47,13 @@ void checkFormat(const host::Descriptor& descriptor, const host::Format& format,
         throw UsageError("--order bgra: ", name, " knows red-first images only");
 }
 
+void checkOpenCL(const host::Descriptor& descriptor, const host::Format& format, const std::string& name) {
+    if (descriptor.properties().getOr(kOfxImageEffectPropOpenCLSupported, std::string("false")) != "true")
+        throw UsageError("--opencl: ", name, " has no kernels for images on a device");
+    if (format.depth == host::Depth::Float && format.order == host::Order::BGRA)
+        throw UsageError("--opencl: OpenCL has no blue-first float images; leave out --order bgra or --depth float");
+}
+
 } // namespace
 
 OfxRectD Project::region() const {
@@ -71,6 +78,7 @@ Stage::Stage(host::Plugin& plugin, const StageArguments& arguments, std::vector<
       project_(project),
       messages_(messages) {
     checkFormat(plugin.describe(), project.format, name_);
+    if (project.openCL) checkOpenCL(plugin.describe(), project.format, name_);
     instance_ = plugin.createInstance(context_);
     connect();
     setValues(arguments);
@@ -194,6 +202,7 @@ std::shared_ptr<host::Image> Stage::render(double time) {
         for (std::size_t i = 0; i < inputs_.size(); ++i)
             if (clips_[i] == identity->clip) return inputs_[i].image(identity->time);
 
+    request.openCL = project_.openCL;
     request.output->fill(std::byte{0}); // a plug-in may leave out pixels
     const OfxStatus status = instance_->render(request);
     throwInputFailure();

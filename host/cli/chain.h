@@ -19,7 +19,8 @@ struct Project {
     double pixelAspect = 1;
     FrameRange frames;
     host::Format format;
-    unsigned threads = 0;    // 0: the machine's, but one for generators
+    unsigned threads = 0; // 0: the machine's, but one for generators
+    bool openCL = false;
     OfxRectD region() const; // the frame in canonical coordinates
 };
 

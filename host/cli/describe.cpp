@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "host/cli/error.h"
+#include "host/opencl.h"
 #include "host/text.h"
 
 namespace cli {
@@ -193,6 +194,16 @@ void describeEffect(Catalogue& catalogue, const DescribeArguments& arguments) {
               << "\n\nParameters\n";
     for (const auto& parameter : descriptor.parameters().all())
         if (parameter->kind().type != std::string(kOfxParamTypePage)) printParameter(*parameter);
+}
+
+void listDevices() {
+    const std::vector<host::OpenCLDeviceInfo> devices = host::openCLDevices();
+    if (devices.empty()) throw Failure("there is no OpenCL device on this machine");
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        const host::OpenCLDeviceInfo& device = devices[i];
+        std::cout << i << "  " << device.name << "  (" << device.platform << ", " << device.version << ")"
+                  << (device.hasImages ? "" : "  takes no images") << '\n';
+    }
 }
 
 } // namespace cli

@@ -14,6 +14,9 @@ std::string plainDepth(const std::string& depth);
 // left out unless `all` is set; JSON has them always, marked.
 void listEffects(Catalogue&, const ListArguments&);
 
+// One line per OpenCL device: its number, name, platform and version.
+void listDevices();
+
 void describeEffect(Catalogue&, const DescribeArguments&);
 
 } // namespace cli

@@ -20,7 +20,9 @@ void run(const cli::Arguments& arguments) {
     else if (arguments.command == Command::Render) {
         cli::watchStopSignals();
         cli::render(arguments);
-    } else {
+    } else if (arguments.command == Command::Devices)
+        cli::listDevices();
+    else {
         host::Host host;
         cli::Catalogue catalogue(host, arguments.bundles);
         if (arguments.command == Command::List)

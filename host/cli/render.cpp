@@ -11,6 +11,7 @@
 #include "host/cli/pixels.h"
 #include "host/cli/progress.h"
 #include "host/cli/stop_signal.h"
+#include "host/opencl.h"
 
 namespace cli {
 namespace {
@@ -192,13 +193,16 @@ void render(const Arguments& all) {
     project.frame = inputs.frame(arguments);
     project.frames = inputs.frames(arguments);
     project.threads = arguments.threads;
+    project.openCL = arguments.openCL;
     if (inputs.first()) project.pixelAspect = inputs.first()->pixelAspect;
     const std::optional<Rate> inputRate = inputs.first() ? inputs.first()->rate : std::nullopt;
     const Rate rate = arguments.rate ? *arguments.rate : inputRate.value_or(Rate{});
 
     Messages messages;
     Progress progress(project.frames.count(), arguments.quiet);
-    host::Host host(hostOptions(project, rate, progress, messages));
+    host::Options options = hostOptions(project, rate, progress, messages);
+    if (arguments.openCL) options.openCL = std::make_shared<host::OpenCLDevice>(arguments.device);
+    host::Host host(std::move(options));
     Catalogue catalogue(host, all.bundles);
     std::vector<host::Plugin*> plugins;
     for (const StageArguments& stage : arguments.stages) plugins.push_back(&catalogue.find(stage.effect));

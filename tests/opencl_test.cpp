@@ -1,0 +1,177 @@
+// Effects on an OpenCL device give the pictures that they give on the CPU. Runs on the first device that takes images,
+// and is skipped where there is none.
+#include <cmath>
+
+#include "host/opencl.h"
+#include "tests/support.h"
+
+namespace test {
+namespace {
+
+std::shared_ptr<host::OpenCLDevice> firstDevice() {
+    const auto devices = host::openCLDevices();
+    for (std::size_t i = 0; i < devices.size(); ++i)
+        if (devices[i].hasImages) return std::make_shared<host::OpenCLDevice>(static_cast<int>(i));
+    return nullptr;
+}
+
+class OpenCL : public testing::Test {
+protected:
+    static void SetUpTestSuite() { device_ = firstDevice(); }
+    static void TearDownTestSuite() { device_.reset(); }
+    void SetUp() override {
+        if (!device_) GTEST_SKIP() << "no OpenCL device on this machine";
+    }
+    static host::Options options() {
+        host::Options options = oneThread();
+        options.openCL = device_;
+        return options;
+    }
+
+private:
+    static inline std::shared_ptr<host::OpenCLDevice> device_;
+};
+
+std::shared_ptr<Image> render(Instance& instance, Format format, OfxRectI bounds, double pixelAspect, bool openCL) {
+    host::RenderRequest request;
+    request.output = blank(format, bounds);
+    request.output->pixelAspect = pixelAspect;
+    request.openCL = openCL;
+    EXPECT_EQ(instance.render(request), kOfxStatOK);
+    return request.output;
+}
+
+// The pixels whose components differ by more than the tolerance, and the largest difference.
+struct Difference {
+    int pixels = 0;
+    double largest = 0;
+};
+
+Difference compare(const Image& a, const Image& b, double tolerance) {
+    Difference difference;
+    for (int y = a.bounds().y1; y < a.bounds().y2; ++y)
+        for (int x = a.bounds().x1; x < a.bounds().x2; ++x) {
+            const Pixel p = pixelAt(a, x, y), q = pixelAt(b, x, y);
+            double most = 0;
+            for (std::size_t c = 0; c < 4; ++c)
+                most = std::max(most, std::abs(p[c] - q[c]) / std::max(1.0, std::abs(p[c])));
+            difference.pixels += most > tolerance;
+            difference.largest = std::max(difference.largest, most);
+        }
+    return difference;
+}
+
+constexpr Format kOnDevices[] = {kBytes, kBytesBGRA, kFloats}; // OpenCL has no blue-first floats
+constexpr OfxRectI kBounds{-3, 2, 94, 73};                     // odd sizes: the last groups are not full
+
+TEST_F(OpenCL, IsOfferedToHostsThatCompilePrograms) {
+    for (const std::string& effect : builtEffects()) {
+        Session with(options()), without;
+        const auto supported = [&](Session& session) {
+            return session.plugin(effect).describe().properties().getOr(kOfxImageEffectPropOpenCLSupported,
+                                                                        std::string());
+        };
+        EXPECT_EQ(supported(with), "true") << effect;
+        EXPECT_EQ(supported(without), "false") << effect;
+    }
+}
+
+TEST_F(OpenCL, BrightnessAndContrastFollowsTheCPU) {
+    Random random(3);
+    for (int i = 0; i < 12; ++i) {
+        const Settings settings = {{"Brightness", {i == 0 ? 0 : random.real(-1, 1)}},
+                                   {"Contrast",
+                                    {i <= 1   ? 0
+                                     : i == 2 ? 1
+                                     : i == 3 ? -1
+                                              : random.real(-1, 1)}},
+                                   {"ContrastCenter", {random.real(0, 1)}}};
+        for (const Format& format : kOnDevices) {
+            Session session(options());
+            const auto instance = session.make(kBrightness, settings);
+            instance->clip("Source").connect(picture(format, kBounds, 7));
+            const auto cpu = render(*instance, format, kBounds, 1, false);
+            const auto device = render(*instance, format, kBounds, 1, true);
+            // Bytes: the CPU truncates its table in double precision, the device in single precision, so a level that
+            // falls on a whole code may come out one lower or higher; at full contrast that one code is any. Floats: a
+            // few roundings, enlarged by the contrast.
+            const double contrast = settings.at("Contrast")[0];
+            const double steepness = contrast > 0 ? 1 / (1.000001 - contrast) : 1;
+            const double tolerance = format.depth == Depth::Float ? 4e-6 * steepness : contrast < 1 ? 1 : 255;
+            const Difference difference = compare(*cpu, *device, tolerance);
+            EXPECT_EQ(difference.pixels, 0) << i << ": " << difference.largest;
+            if (i == 0) {
+                EXPECT_EQ(difference.largest, 0) << "neutral settings are a copy";
+            }
+        }
+    }
+}
+
+TEST_F(OpenCL, CheckerboardFollowsTheCPU) {
+    Random random(5);
+    for (int i = 0; i < 24; ++i) {
+        const auto color = [&] {
+            return std::vector{random.real(0, 1), random.real(0, 1), random.real(0, 1), random.real(0, 1)};
+        };
+        const Settings settings = {{"TileDimensionsWidth", {random.real(0.02, 0.6)}},
+                                   {"TileDimensionsHeight", {random.real(0.02, 0.6)}},
+                                   {"TileDimensionsSquare", {random.integer(0, 1) * 1.0}},
+                                   {"EdgeBlendingHorizontal", {random.pick({0.0, 1.0, random.real(0, 1)})}},
+                                   {"EdgeBlendingVertical", {random.real(0, 1)}},
+                                   {"EdgeBlendingProportional", {random.integer(0, 1) * 1.0}},
+                                   {"Color1", color()},
+                                   {"Color2", color()},
+                                   {"GridOffsetX", {random.real(0, 1)}},
+                                   {"GridOffsetY", {random.real(0, 1)}}};
+        const double pixelAspect = random.pick({1.0, 1.0, 0.9, 2.0});
+        for (const Format& format : kOnDevices) {
+            Session session(options());
+            const auto instance = session.make(kCheckerboard, settings);
+            const auto cpu = render(*instance, format, kBounds, pixelAspect, false);
+            const auto device = render(*instance, format, kBounds, pixelAspect, true);
+            // Positions are single-precision on the device: off by up to a few 1e-5 of a pixel at a hundred pixels,
+            // which is as much of the colours on an edge that blends over one pixel; bytes may truncate differently,
+            // once in each direction.
+            const Difference difference = compare(*cpu, *device, format.depth == Depth::Byte ? 1 : 6e-5);
+            EXPECT_EQ(difference.pixels, 0) << i << ": " << difference.largest;
+        }
+    }
+}
+
+TEST_F(OpenCL, DefaultCheckerboardIsTheSameToTheLastCode) {
+    for (const Format& format : kOnDevices) {
+        Session session(options());
+        const auto instance = session.make(kCheckerboard, {{"TileDimensionsWidth", {0.125}}});
+        const OfxRectI bounds{0, 0, 96, 64};
+        EXPECT_TRUE(
+            samePixels(*render(*instance, format, bounds, 1, false), *render(*instance, format, bounds, 1, true)));
+    }
+}
+
+TEST_F(OpenCL, SourcesSmallerThanTheWindowReadAsTransparent) {
+    Session session(options());
+    const auto instance = session.make(kBrightness, {{"Brightness", {0.25}}});
+    instance->clip("Source").connect(picture(kBytes, {10, 10, 40, 40}));
+    EXPECT_EQ(
+        compare(*render(*instance, kBytes, kBounds, 1, false), *render(*instance, kBytes, kBounds, 1, true), 1).pixels,
+        0);
+}
+
+TEST_F(OpenCL, RenderWithoutAContextFallsBackToTheCPUOnlyWithPixelsInMemory) {
+    host::Options incomplete = options();
+    incomplete.onAction = [](const char* action, host::PropertySet* in, host::PropertySet*) {
+        if (std::string(action) == kOfxImageEffectActionRender)
+            in->set<void*>(kOfxImageEffectPropOpenCLContext, nullptr);
+    };
+    Session session(incomplete);
+    const auto instance = session.make(kCheckerboard);
+    host::RenderRequest request;
+    request.output = blank(kBytes, kBounds);
+    request.openCL = true; // this host leaves no pixels in memory then
+    EXPECT_EQ(instance->render(request), kOfxStatFailed);
+    request.openCL = false;
+    EXPECT_EQ(instance->render(request), kOfxStatOK);
+}
+
+} // namespace
+} // namespace test
