@@ -42,9 +42,8 @@ Examples
   orvix render brightnessandcontrast --in photo.jpg --set Contrast=0.3 --out bright.png
   orvix render checkerboard --size 1280x720 --out board.png
   orvix render brightnessandcontrast --in clip.mp4 --key Brightness=0:-1,24:0 --out fade.mp4
-  orvix render brightnessandcontrast --in in.%04d.exr --set Contrast=0.2 + colorcorrector --out out.%04d.exr
-  orvix render dissolve --from a.png --to b.png --frames 0-24 --out dissolve.mov
-  orvix render levels --in in.%04d.png --frames 100-199 --out out.%04d.png      one of several machines)";
+  orvix render checkerboard --size 640x360 + brightnessandcontrast --set Brightness=0.1 --out chain.exr
+  orvix render brightnessandcontrast --in in.%04d.png --set Contrast=0.2 --frames 100-199 --out out.%04d.png)";
 
 // "a-b" or "a"; numbers may be negative.
 FrameRange parseFrames(const std::string& text) {
