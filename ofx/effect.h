@@ -52,7 +52,7 @@ protected:
     }
     int width() const { return OFX::width(this->window); }
     int height() const { return OFX::height(this->window); }
-    // For passes between images: in the format of another, released when it goes. Null memory fails the kernel call.
+    // For passes between images: in the format of another, released when it goes. Throws the failed render.
     OpenCL::TemporaryImage temporary(const Image* like) const {
         return {program_.api(), context_, device(like), width(), height()};
     }

@@ -58,7 +58,10 @@ void Program::release() {
 }
 
 KernelCall::KernelCall(Program& program, std::size_t kernel, cl_command_queue queue)
-    : program_(program), guard_(program.lock_), kernel_(kernel), queue_(queue) {}
+    : program_(program), guard_(program.lock_), kernel_(kernel), queue_(queue) {
+    // Not every driver looks at the handle before it uses it.
+    if (program.kernels_[kernel] == nullptr) status_ = CL_INVALID_KERNEL;
+}
 
 void KernelCall::set(std::size_t size, const void* value) {
     if (status_ == CL_SUCCESS) status_ = program_.api_.clSetKernelArg(program_.kernels_[kernel_], index_, size, value);

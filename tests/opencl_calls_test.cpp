@@ -312,7 +312,7 @@ TEST_F(OpenCLCalls, TemporaryImagesTakeTheFormatAndGoOnEveryPath) {
     EXPECT_EQ(library().images, 0);
     for (const char* failing : {"clGetImageInfo", "clCreateImage2D"}) {
         library().failing = failing;
-        EXPECT_EQ(OpenCL::TemporaryImage(api, nullptr, nullptr, 30, 20).memory(), nullptr);
+        EXPECT_THROW(OpenCL::TemporaryImage(api, nullptr, nullptr, 30, 20), std::runtime_error);
         EXPECT_EQ(library().images, 0);
     }
     library().failing.clear();
