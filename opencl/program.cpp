@@ -21,9 +21,9 @@ Program::Program(PackedSource source, std::initializer_list<const char*> kernelN
 void Program::load(Compile compile) {
     const std::lock_guard guard(lock_);
     // Hosts load again and again, also while others render: a table stays while its kernels live, and where the host
-    // compiles nothing.
+    // compiles nothing; a missing library is looked for once.
     const bool starting = program_ == nullptr && compile != nullptr;
-    if (starting || !api_.available()) api_.load();
+    if (starting || api_.initialised == 0) api_.load();
     buildLocked(compile, 1);
 }
 
