@@ -35,8 +35,21 @@ struct Lanes {
     friend Lanes operator/(Lanes a, Lanes b) { return hn::Div(a.v, b.v); }
     friend Truth operator<(Lanes a, Lanes b) { return {hn::Lt(a.v, b.v)}; }
     friend Truth operator<=(Lanes a, Lanes b) { return {hn::Le(a.v, b.v)}; }
+    friend Truth operator>(Lanes a, Lanes b) { return b < a; }
+    friend Truth operator>=(Lanes a, Lanes b) { return b <= a; }
+    friend Truth operator&&(Truth a, Truth b) { return {hn::And(a.mask, b.mask)}; }
+    friend Truth operator||(Truth a, Truth b) { return {hn::Or(a.mask, b.mask)}; }
     friend Lanes select(Truth t, Lanes yes, Lanes no) { return hn::IfThenElse(t.mask, yes.v, no.v); }
     friend bool any(Truth t) { return !hn::AllFalse(Tag(), t.mask); }
+    friend bool all(Truth t) { return hn::AllTrue(Tag(), t.mask); }
+    friend Lanes abs(Lanes a) { return hn::Abs(a.v); }
+    friend Lanes sqrt(Lanes a) { return hn::Sqrt(a.v); }
+    // The second number where the first is none.
+    friend Lanes min(Lanes a, Lanes b) { return select(a < b, a, b); }
+    friend Lanes max(Lanes a, Lanes b) { return select(b < a, a, b); }
+
+    // 0, 1, 2 ...
+    static Lanes iota() { return hn::Iota(Tag(), 0.0f); }
 
     hn::Vec<Tag> v;
 };
@@ -54,37 +67,44 @@ void put(V v, D d, T* to) {
     }
 }
 
-// Calls step(from, to, Cached) for consecutive blocks of a row; what does not fill a block is padded with zeros.
-template <std::size_t kBlock, class T, class Step>
-[[gnu::noinline, gnu::flatten]] void forCachedBlocks(const T* from, T* to, std::size_t count, const Step& step) {
-    while (count != 0) {
-        const bool full = count >= kBlock;
-        const std::size_t n = full ? kBlock : count;
-        alignas(64) T block[kBlock];
-        if (!full) {
-            std::memcpy(block, from, n * sizeof(T));
-            std::memset(block + n, 0, (kBlock - n) * sizeof(T));
-        }
-        step(full ? from : block, full ? to : block, Cached());
-        if (!full) std::memcpy(to, block, n * sizeof(T));
-        from += n, to += n, count -= n;
+// Calls step(Cached, at, to, from...) for consecutive blocks of a row, the first of which is the row's component `at`.
+// What does not fill a block is padded with zeros. All sources have the row's type.
+template <std::size_t kBlock, class T, class Step, class... From>
+[[gnu::noinline, gnu::flatten]] void forCachedBlocks(std::size_t at, T* to, std::size_t count, const Step& step,
+                                                     const From*... from) {
+    for (; count >= kBlock; at += kBlock, to += kBlock, count -= kBlock) {
+        step(Cached(), at, to, from...);
+        ((from += kBlock), ...);
     }
+    if (count == 0) return;
+    alignas(64) T blocks[sizeof...(From) + 1][kBlock];
+    T* next = blocks[0];
+    const auto padded = [&](const T* row) {
+        T* block = next;
+        next += kBlock;
+        std::memcpy(block, row, count * sizeof(T));
+        std::memset(block + count, 0, (kBlock - count) * sizeof(T));
+        return block;
+    };
+    step(Cached(), at, blocks[sizeof...(From)], padded(from)...);
+    std::memcpy(to, blocks[sizeof...(From)], count * sizeof(T));
 }
 
-// Calls step(from, to, Cached or Streamed) for the blocks of a row. Streamed ones start on a cache line, so that no
-// line is written in part. Pixels of kPixel components are never torn apart.
-template <std::size_t kBlock, std::size_t kPixel, class T, class Step>
-[[gnu::flatten]] void forBlocks(const T* from, T* to, std::size_t count, const Step& step) {
+// Calls step(Cached or Streamed, at, to, from...) for the blocks of a row, the first of which is the row's component
+// `at`. Streamed ones start on a cache line, so that no line is written in part. Pixels of kPixel components are never
+// torn apart.
+template <std::size_t kBlock, std::size_t kPixel, class T, class Step, class... From>
+[[gnu::flatten]] void forBlocks(T* to, std::size_t count, const Step& step, const From*... from) {
     constexpr std::size_t kLine = 64;
     static_assert(kBlock * sizeof(T) % kLine == 0 && kBlock % kPixel == 0);
     const std::size_t gap = -reinterpret_cast<std::uintptr_t>(to) % kLine;
-    if (count * sizeof(T) >= kStreamedRow && from != to && gap % (kPixel * sizeof(T)) == 0) {
+    std::size_t at = 0;
+    if (count * sizeof(T) >= kStreamedRow && (... && (from != to)) && gap % (kPixel * sizeof(T)) == 0) {
         const std::size_t head = gap / sizeof(T);
-        forCachedBlocks<kBlock>(from, to, head, step);
-        from += head, to += head, count -= head;
-        for (; count >= kBlock; from += kBlock, to += kBlock, count -= kBlock) step(from, to, Streamed());
+        forCachedBlocks<kBlock>(0, to, head, step, from...);
+        for (at = head; count - at >= kBlock; at += kBlock) step(Streamed(), at, to + at, from + at...);
     }
-    forCachedBlocks<kBlock>(from, to, count, step);
+    forCachedBlocks<kBlock>(at, to + at, count - at, step, from + at...);
 }
 
 // Turns four vectors of pixels into four of components, and back: a 4 x 4 transposition in every 16 bytes.
@@ -101,21 +121,68 @@ inline void transpose(Lanes& a, Lanes& b, Lanes& c, Lanes& d) {
     d = hn::BitCast(f, hn::InterleaveUpper(pair, AB, CD));
 }
 
-// Each pixel of a row, four floats with alpha last, becomes map(Pixel<Lanes>). Which pixels share a vector is not told.
-template <class Map>
-void mapPixels(const float* from, float* to, std::size_t pixels, Map map) {
+// So many pixels as a vector has lanes, by components in the order of memory: floats, or bytes as the numbers 0..255.
+inline Pixel<Lanes> loadPixels(const float* from) {
     constexpr std::size_t n = Lanes::kCount;
-    forBlocks<4 * n, 4>(from, to, 4 * pixels, [map](const float* s, float* t, auto streamed) {
-        const Lanes::Tag d;
-        Pixel<Lanes> p{hn::LoadU(d, s), hn::LoadU(d, s + n), hn::LoadU(d, s + 2 * n), hn::LoadU(d, s + 3 * n)};
-        transpose(p.r, p.g, p.b, p.a);
-        p = map(p);
-        transpose(p.r, p.g, p.b, p.a);
-        put<streamed>(p.r.v, d, t);
-        put<streamed>(p.g.v, d, t + n);
-        put<streamed>(p.b.v, d, t + 2 * n);
-        put<streamed>(p.a.v, d, t + 3 * n);
-    });
+    const Lanes::Tag d;
+    Pixel<Lanes> p{hn::LoadU(d, from), hn::LoadU(d, from + n), hn::LoadU(d, from + 2 * n), hn::LoadU(d, from + 3 * n)};
+    transpose(p.r, p.g, p.b, p.a);
+    return p;
+}
+
+inline Pixel<Lanes> loadPixels(const std::uint8_t* from) {
+    const hn::Repartition<std::uint8_t, Lanes::Tag> bytes;
+    const hn::RebindToSigned<Lanes::Tag> words;
+    const auto pixels = hn::BitCast(hn::RebindToUnsigned<Lanes::Tag>(), hn::LoadU(bytes, from));
+    const auto byte = hn::Set(hn::RebindToUnsigned<Lanes::Tag>(), 0xFF);
+    const auto number = [&](auto v) -> Lanes { return hn::ConvertTo(Lanes::Tag(), hn::BitCast(words, v)); };
+    return {number(hn::And(pixels, byte)), number(hn::And(hn::ShiftRight<8>(pixels), byte)),
+            number(hn::And(hn::ShiftRight<16>(pixels), byte)), number(hn::ShiftRight<24>(pixels))};
+}
+
+template <bool streamed>
+void storePixels(Pixel<Lanes> p, float* to) {
+    constexpr std::size_t n = Lanes::kCount;
+    const Lanes::Tag d;
+    transpose(p.r, p.g, p.b, p.a);
+    put<streamed>(p.r.v, d, to);
+    put<streamed>(p.g.v, d, to + n);
+    put<streamed>(p.b.v, d, to + 2 * n);
+    put<streamed>(p.a.v, d, to + 3 * n);
+}
+
+// Bytes are rounded to the nearest, ties to the even one; the numbers must round to 0..255.
+template <bool streamed>
+void storePixels(const Pixel<Lanes>& p, std::uint8_t* to) {
+    const hn::RebindToUnsigned<Lanes::Tag> words;
+    // This sum's lowest bits are the rounded number.
+    const auto code = [&](Lanes v) { return hn::BitCast(words, (v + 12582912.0f).v); };
+    const auto byte = hn::Set(words, 0xFF);
+    const auto rg = hn::Or(hn::And(code(p.r), byte), hn::ShiftLeft<8>(hn::And(code(p.g), byte)));
+    const auto ba = hn::Or(hn::And(code(p.b), byte), hn::ShiftLeft<8>(code(p.a)));
+    const hn::Repartition<std::uint8_t, decltype(words)> bytes;
+    put<streamed>(hn::BitCast(bytes, hn::Or(rg, hn::ShiftLeft<16>(ba))), bytes, to);
+}
+
+// Each pixel of a row of four components becomes map(from...), of Pixel<Lanes>; bytes as in load and store.
+template <class T, class Map, class... From>
+void forPixels(T* to, std::size_t pixels, Map map, const From*... from) {
+    constexpr std::size_t n = 4 * Lanes::kCount, kLine = 64 / sizeof(T);
+    constexpr std::size_t kBlock = n > kLine ? n : kLine;
+    const auto step = [map](auto streamed, std::size_t, T* t, const auto*... s) {
+        for (std::size_t i = 0; i < kBlock; i += n) storePixels<streamed>(map(loadPixels(s + i)...), t + i);
+    };
+    forBlocks<kBlock, 4>(to, 4 * pixels, step, from...);
+}
+
+template <class T, class Map>
+void mapPixels(const T* from, T* to, std::size_t pixels, Map map) {
+    forPixels(to, pixels, map, from);
+}
+
+template <class T, class Mix>
+void mixPixels(const T* a, const T* b, T* to, std::size_t pixels, Mix mix) {
+    forPixels(to, pixels, mix, a, b);
 }
 
 } // namespace pixelops::SIMD_LEVEL

@@ -74,12 +74,10 @@ void copyRow(const void* from, void* to, std::size_t bytes) {
         std::memcpy(to, from, bytes);
         return;
     }
-    forBlocks<kBlock, 1>(static_cast<const std::uint8_t*>(from), static_cast<std::uint8_t*>(to), bytes,
-                         [](const std::uint8_t* s, std::uint8_t* t, auto streamed) {
-                             for (std::size_t i = 0; i < kBlock; i += kBytes) {
-                                 put<streamed>(hn::LoadU(Bytes(), s + i), Bytes(), t + i);
-                             }
-                         });
+    const auto step = [](auto streamed, std::size_t, std::uint8_t* t, const std::uint8_t* s) {
+        for (std::size_t i = 0; i < kBlock; i += kBytes) put<streamed>(hn::LoadU(Bytes(), s + i), Bytes(), t + i);
+    };
+    forBlocks<kBlock, 1>(static_cast<std::uint8_t*>(to), bytes, step, static_cast<const std::uint8_t*>(from));
 }
 
 void applyTable(const ByteTable& byteTable, const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) {
@@ -88,13 +86,14 @@ void applyTable(const ByteTable& byteTable, const std::uint8_t* from, std::uint8
     alignas(16) static constexpr std::uint8_t kAlphaOf[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
     const Codes alphaOf = hn::LoadDup128(d, kAlphaOf);
     const Codes alphaLanes = hn::BitCast(d, hn::Set(hn::Repartition<std::uint32_t, Bytes>(), 0xFF000000));
-    forBlocks<kBlock, 4>(from, to, 4 * pixels, [&](const std::uint8_t* s, std::uint8_t* t, auto streamed) {
+    const auto step = [&](auto streamed, std::size_t, std::uint8_t* t, const std::uint8_t* s) {
         for (std::size_t i = 0; i < kBlock; i += kBytes) {
             const Codes codes = hn::LoadU(d, s + i);
             const Codes results = hn::Or(table(codes), alphaLanes); // 255 for alpha, which so stays what it is
             put<streamed>(hn::Min(results, hn::TableLookupBytes(codes, alphaOf)), d, t + i);
         }
-    });
+    };
+    forBlocks<kBlock, 4>(to, 4 * pixels, step, from);
 }
 
 } // namespace SIMD_LEVEL
