@@ -30,6 +30,20 @@ const std::vector<Setting> kSettings = {
     {"checkerboard", "soft", {{"EdgeBlendingHorizontal", "1"}}},
     {"brightnessandcontrast", "neutral", {}},
     {"brightnessandcontrast", "both", {{"Brightness", "0.1"}, {"Contrast", "0.3"}}},
+    {"dissolve", "additive", {{"Transition", "0.4"}, {"Type", "0"}}},
+    {"dissolve", "subtractive", {{"Transition", "0.4"}, {"Type", "1"}}},
+    {"dissolve", "crossfade", {{"Transition", "0.4"}, {"Type", "2"}}},
+    {"dissolve", "bleed", {{"Transition", "0.4"}, {"Type", "3"}}},
+    {"dissolve", "morph", {{"Transition", "0.4"}, {"Type", "4"}}},
+    {"dissolve", "threshold", {{"Transition", "0.4"}, {"Type", "5"}}},
+    {"dissolve", "appear", {{"Transition", "0.4"}, {"Type", "6"}}},
+    {"dissolve", "gray", {{"Transition", "0.4"}, {"Type", "7"}}},
+    {"dissolve", "color", {{"Transition", "0.4"}, {"Type", "8"}}},
+    {"dissolve", "channels", {{"Transition", "0.4"}, {"Type", "9"}}},
+    {"linearwipe", "45 degrees", {{"Transition", "0.4"}, {"Angle", "45"}}},
+    {"linearwipe", "45 degrees, soft", {{"Transition", "0.4"}, {"Angle", "45"}, {"Feather", "1"}}},
+    {"clockwipe", "default", {{"Transition", "0.4"}}},
+    {"clockwipe", "full feather", {{"Transition", "0.4"}, {"FeatherAngle", "360"}}},
 };
 
 // Frames that are timed; the median counts.

@@ -1,8 +1,6 @@
 // The images of a render, and the copy that neutral filters are.
 #include "ofx/effect.h"
 
-#include "pixelops/rows.h"
-
 namespace OFX {
 namespace {
 
@@ -12,20 +10,13 @@ public:
 
     void processWindow(const RectI& rows) override {
         const int bytes = source_.format().pixelBytes();
-        bytes == 1    ? copy<unsigned char, 1>(rows)
-        : bytes == 16 ? copy<float, 4>(rows)
-                      : copy<unsigned char, 4>(rows); // four bytes, or one float: the same bits
+        const auto abort = [this] { return aborted(); };
+        bytes == 1    ? copyRows<unsigned char, 1>(rows, source_, *destination, abort)
+        : bytes == 16 ? copyRows<float, 4>(rows, source_, *destination, abort)
+                      : copyRows<unsigned char, 4>(rows, source_, *destination, abort); // or one float: the same bits
     }
 
 private:
-    template <class T, int N>
-    void copy(const RectI& rows) {
-        const auto abort = [this] { return aborted(); };
-        mapRows<T, N>(rows, source_, *destination, abort, [](const T* from, T* to, int count) {
-            pixelops::copyRow(from, to, static_cast<std::size_t>(count) * N * sizeof(T));
-        });
-    }
-
     const Image& source_;
 };
 

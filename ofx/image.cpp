@@ -38,6 +38,11 @@ Image::Image(const Clip& clip, double time) {
 
 Image::~Image() { suites().imageEffect->clipReleaseImage(properties_.handle()); }
 
+int Image::rowLength() const {
+    const int pixel = format_.pixelBytes();
+    return pixel == 0 ? 0 : static_cast<int>(std::abs(rowBytes_) / pixel);
+}
+
 void Image::read(const Clip& clip) {
     format_ = formatOf(properties_, clip.format());
     bounds_ = {properties_.get<int>(kOfxImagePropBounds, 0), properties_.get<int>(kOfxImagePropBounds, 1),

@@ -16,6 +16,13 @@ inline bool empty(const RectI& r) { return r.x2 <= r.x1 || r.y2 <= r.y1; }
 bool measurable(const RectI& r);
 RectI intersection(const RectI& a, const RectI& b);
 
+// What makes the pixels of an aspect ratio square: the smaller factors that columns and rows are multiplied with.
+struct AspectScale {
+    explicit AspectScale(double pixelAspect)
+        : x(pixelAspect < 1 ? pixelAspect : 1), y(pixelAspect < 1 ? 1 : 1 / pixelAspect) {}
+    double x, y;
+};
+
 class Image {
 public:
     // Fetches the image at a time, in frames. Throws Exception::Suite with kOfxStatFailed when it cannot be had or when
@@ -43,6 +50,8 @@ public:
                                     (x - std::ptrdiff_t{bounds_.x1}) * format_.pixelBytes());
     }
 
+    // Distance from row to row in whole pixels, whichever way the rows go.
+    int rowLength() const;
     // True when rows follow each other without a gap, from the lowest upwards.
     bool contiguous() const { return rowBytes_ == std::ptrdiff_t{width(bounds_)} * format_.pixelBytes(); }
 

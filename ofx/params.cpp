@@ -65,7 +65,7 @@ void setComponents(const PropertySet& p, const char* name, const std::array<doub
 
 template <class T>
 void setNumberProperties(const PropertySet& p, const Param& row, int count) {
-    setComponents<T>(p, kOfxParamPropDefault, row.initial, count);
+    if (row.hasDefault) setComponents<T>(p, kOfxParamPropDefault, row.initial, count);
     if (!ranged(row.kind)) return;
     const auto every = [](double x) { return std::array{x, x, x, x}; };
     setComponents<T>(p, kOfxParamPropMin, every(row.range.min), count);
@@ -119,7 +119,6 @@ void defineParam(OfxParamSetHandle set, const Param& row) {
 
 double withinRange(const Param& row, double x, std::size_t component) {
     if (std::isnan(x)) return row.initial[component];
-    if (row.kind == Kind::Choice) return std::clamp(x, 0.0, std::max(0.0, static_cast<double>(row.options.size()) - 1));
     return ranged(row.kind) ? std::clamp(x, row.range.min, row.range.max) : x;
 }
 

@@ -110,6 +110,7 @@ struct Param {
     Kind kind = field.kind;   // given only where there is no field
     const char* parent = nullptr;
     std::array<double, 4> initial{};
+    bool hasDefault = true; // false: the host's own default stands
     Range range{};
     Range display = range;
     double increment = 0.1;

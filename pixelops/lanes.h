@@ -44,12 +44,10 @@ struct Lanes {
     friend bool all(Truth t) { return hn::AllTrue(Tag(), t.mask); }
     friend Lanes abs(Lanes a) { return hn::Abs(a.v); }
     friend Lanes sqrt(Lanes a) { return hn::Sqrt(a.v); }
+    friend Lanes trunc(Lanes a) { return hn::Trunc(a.v); }
     // The second number where the first is none.
     friend Lanes min(Lanes a, Lanes b) { return select(a < b, a, b); }
     friend Lanes max(Lanes a, Lanes b) { return select(b < a, a, b); }
-
-    // 0, 1, 2 ...
-    static Lanes iota() { return hn::Iota(Tag(), 0.0f); }
 
     hn::Vec<Tag> v;
 };
@@ -122,6 +120,7 @@ inline void transpose(Lanes& a, Lanes& b, Lanes& c, Lanes& d) {
 }
 
 // So many pixels as a vector has lanes, by components in the order of memory: floats, or bytes as the numbers 0..255.
+// Which pixel is in which lane is told by pixelNumbers.
 inline Pixel<Lanes> loadPixels(const float* from) {
     constexpr std::size_t n = Lanes::kCount;
     const Lanes::Tag d;
@@ -138,6 +137,22 @@ inline Pixel<Lanes> loadPixels(const std::uint8_t* from) {
     const auto number = [&](auto v) -> Lanes { return hn::ConvertTo(Lanes::Tag(), hn::BitCast(words, v)); };
     return {number(hn::And(pixels, byte)), number(hn::And(hn::ShiftRight<8>(pixels), byte)),
             number(hn::And(hn::ShiftRight<16>(pixels), byte)), number(hn::ShiftRight<24>(pixels))};
+}
+
+// The number of each lane's pixel, 0 for the vector's first one: bytes are in order, floats as transposing leaves them.
+template <class T>
+Lanes pixelNumbers() {
+    constexpr std::size_t n = Lanes::kCount;
+    struct Numbers {
+        constexpr Numbers() {
+            for (std::size_t i = 0; i < n; ++i) {
+                of[i] = static_cast<float>(std::is_same_v<T, float> ? i % 4 * (n / 4) + i / 4 : i);
+            }
+        }
+        float of[n]{};
+    };
+    alignas(64) static constexpr Numbers kNumbers;
+    return hn::Load(Lanes::Tag(), kNumbers.of);
 }
 
 template <bool streamed>
@@ -164,24 +179,34 @@ void storePixels(const Pixel<Lanes>& p, std::uint8_t* to) {
     put<streamed>(hn::BitCast(bytes, hn::Or(rg, hn::ShiftLeft<16>(ba))), bytes, to);
 }
 
-// Each pixel of a row of four components becomes map(from...), of Pixel<Lanes>; bytes as in load and store.
-template <class T, class Map, class... From>
-void forPixels(T* to, std::size_t pixels, Map map, const From*... from) {
+// Calls step(Cached or Streamed, index of the first pixel, to, from...) for every vector of pixels of a row of four
+// components.
+template <class T, class Step, class... From>
+void forVectors(T* to, std::size_t pixels, const Step& step, const From*... from) {
     constexpr std::size_t n = 4 * Lanes::kCount, kLine = 64 / sizeof(T);
     constexpr std::size_t kBlock = n > kLine ? n : kLine;
-    const auto step = [map](auto streamed, std::size_t, T* t, const auto*... s) {
-        for (std::size_t i = 0; i < kBlock; i += n) storePixels<streamed>(map(loadPixels(s + i)...), t + i);
+    const auto block = [&step](auto streamed, std::size_t at, T* t, const auto*... s) {
+        for (std::size_t i = 0; i < kBlock; i += n) step(streamed, (at + i) / 4, t + i, s + i...);
     };
-    forBlocks<kBlock, 4>(to, 4 * pixels, step, from...);
+    forBlocks<kBlock, 4>(to, 4 * pixels, block, from...);
+}
+
+// Each pixel becomes map(from...), of Pixel<Lanes>; bytes as in load and store.
+template <class T, class Map, class... From>
+void forPixels(T* to, std::size_t pixels, const Map& map, const From*... from) {
+    const auto step = [&map](auto streamed, std::size_t, T* t, const auto*... s) {
+        storePixels<streamed>(map(loadPixels(s)...), t);
+    };
+    forVectors(to, pixels, step, from...);
 }
 
 template <class T, class Map>
-void mapPixels(const T* from, T* to, std::size_t pixels, Map map) {
+void mapPixels(const T* from, T* to, std::size_t pixels, const Map& map) {
     forPixels(to, pixels, map, from);
 }
 
 template <class T, class Mix>
-void mixPixels(const T* a, const T* b, T* to, std::size_t pixels, Mix mix) {
+void mixPixels(const T* a, const T* b, T* to, std::size_t pixels, const Mix& mix) {
     forPixels(to, pixels, mix, a, b);
 }
 

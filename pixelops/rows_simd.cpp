@@ -1,16 +1,11 @@
 // Copies and table look-ups.
 #include "pixelops/rows.h"
 
-#include "pixelops/lanes.h"
+#include "pixelops/codes.h"
 
 namespace pixelops {
 namespace SIMD_LEVEL {
 namespace {
-
-using Bytes = hn::ScalableTag<std::uint8_t>;
-using Codes = hn::Vec<Bytes>;
-constexpr std::size_t kBytes = HWY_LANES(std::uint8_t);
-constexpr std::size_t kBlock = 64;
 
 #if defined(__AVX512VBMI__)
 
@@ -74,26 +69,20 @@ void copyRow(const void* from, void* to, std::size_t bytes) {
         std::memcpy(to, from, bytes);
         return;
     }
+    constexpr std::size_t kBlock = 64;
     const auto step = [](auto streamed, std::size_t, std::uint8_t* t, const std::uint8_t* s) {
-        for (std::size_t i = 0; i < kBlock; i += kBytes) put<streamed>(hn::LoadU(Bytes(), s + i), Bytes(), t + i);
+        for (std::size_t i = 0; i < kBlock; i += kCodes) put<streamed>(hn::LoadU(Bytes(), s + i), Bytes(), t + i);
     };
     forBlocks<kBlock, 1>(static_cast<std::uint8_t*>(to), bytes, step, static_cast<const std::uint8_t*>(from));
 }
 
 void applyTable(const ByteTable& byteTable, const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) {
-    const Bytes d;
     const Table table(byteTable.results);
-    alignas(16) static constexpr std::uint8_t kAlphaOf[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
-    const Codes alphaOf = hn::LoadDup128(d, kAlphaOf);
-    const Codes alphaLanes = hn::BitCast(d, hn::Set(hn::Repartition<std::uint32_t, Bytes>(), 0xFF000000));
-    const auto step = [&](auto streamed, std::size_t, std::uint8_t* t, const std::uint8_t* s) {
-        for (std::size_t i = 0; i < kBlock; i += kBytes) {
-            const Codes codes = hn::LoadU(d, s + i);
-            const Codes results = hn::Or(table(codes), alphaLanes); // 255 for alpha, which so stays what it is
-            put<streamed>(hn::Min(results, hn::TableLookupBytes(codes, alphaOf)), d, t + i);
-        }
+    const auto map = [&](Codes c) {
+        // 255 for alpha, which so stays what it is.
+        return hn::Min(hn::Or(table(c), codes({0, 0, 0, 255})), alphas(c));
     };
-    forBlocks<kBlock, 4>(to, 4 * pixels, step, from);
+    forCodes(to, pixels, map, from);
 }
 
 } // namespace SIMD_LEVEL

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "host/opencl.h"
-#include "tests/support.h"
+#include "tests/transition_support.h"
 
 namespace test {
 namespace {
@@ -146,6 +146,53 @@ TEST_F(OpenCL, DefaultCheckerboardIsTheSameToTheLastCode) {
         EXPECT_TRUE(
             samePixels(*render(*instance, format, bounds, 1, false), *render(*instance, format, bounds, 1, true)));
     }
+}
+
+// Both ways between two pictures; `differing` pixels may exceed the tolerance.
+void expectSame(Session& session, const std::string& effect, const Settings& settings, double progress,
+                double pixelAspect, double byteTolerance, double floatTolerance, int differing = 0) {
+    for (const Format& format : kOnDevices) {
+        Between pictures(session, effect, format, kBounds, pixelAspect);
+        const auto cpu = pictures.at(progress, settings), device = pictures.at(progress, settings, true);
+        const bool bytes = format.depth == Depth::Byte;
+        const Difference difference = compare(*cpu, *device, bytes ? byteTolerance : floatTolerance);
+        EXPECT_LE(difference.pixels, differing)
+            << effect << " at " << progress << ": " << difference.largest << (bytes ? " codes" : "");
+    }
+}
+
+TEST_F(OpenCL, DissolveFollowsTheCPU) {
+    Session session(options());
+    Random random(6);
+    for (int mode = 0; mode < 10; ++mode)
+        for (const double progress : {0.0, 0.5, 1.0, random.real(0, 0.5), random.real(0.5, 1)}) {
+            Settings settings = {{"Type", {mode * 1.0}}, {"FadeThroughColor", {0.9, 0.5, 0.2, 0.8}}};
+            for (const char* name :
+                 {"ColorBleedSpeedRed", "ColorBleedSpeedBlue", "ColorMorphSpeedRed", "ColorMorphSpeedAlpha"})
+                settings[name] = {random.real(0, 1)};
+            // Integers do the work on bytes; only the speeds and the colour are truncated in single precision.
+            const bool truncates = mode == 3 || mode == 4 || mode == 8;
+            expectSame(session, kDissolve, settings, progress, 1, truncates ? 1 : 0, 4e-6);
+        }
+}
+
+TEST_F(OpenCL, WipesFollowTheCPU) {
+    Session session(options());
+    Random random(8);
+    const auto aspect = [&] { return random.pick({1.0, 0.9, 2.0}); };
+    const auto progress = [&] { return random.pick({0.0, 0.5, 1.0, random.real(0, 1), random.real(0, 1)}); };
+    for (const double angle : {0.0, 33.0, 90.0, 145.0, 180.0, 250.0, 270.0, 340.0})
+        for (const double feather : {0.0, 0.1, 1.0}) {
+            // A pixel right on a hard edge may fall either way.
+            const Settings settings = {{"Angle", {angle}}, {"Feather", {feather}}};
+            expectSame(session, kLinearWipe, settings, progress(), aspect(), 1, 1e-5, feather == 0 ? 1 : 0);
+        }
+    for (const double direction : {0.0, 1.0})
+        for (const double feather : {0.0, 5.0, 30.0, 360.0}) {
+            // The arc tangents differ by a few roundings; the narrowest feather enlarges them.
+            const Settings settings = {{"Direction", {direction}}, {"FeatherAngle", {feather}}};
+            expectSame(session, kClockWipe, settings, progress(), aspect(), 1, 2e-4);
+        }
 }
 
 TEST_F(OpenCL, SourcesSmallerThanTheWindowReadAsTransparent) {

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <limits>
 
-#include "tests/support.h"
+#include "tests/transition_support.h"
 
 namespace {
 
@@ -19,6 +19,8 @@ std::vector<std::string> without(std::initializer_list<std::string> left) {
     for (const std::string& effect : left) std::erase(effects, effect);
     return effects;
 }
+
+class EveryEffectWithoutGeometry : public EveryEffect {};
 
 INSTANTIATE_TEST_SUITE_P(Properties, EveryEffect, testing::ValuesIn(builtEffects()), effectName);
 // The checkerboard's grid restarts in every band and in every window; its own tests say how.
@@ -36,7 +38,11 @@ TEST_P(EveryEffectOfOneGrid, PaintsTheSameWithAnyNumberOfThreads) {
             }
 }
 
-TEST_P(EveryEffectOfOneGrid, PaintsAWindowAsItPaintsTheWhole) {
+// These take the window for their frame; each one's own tests say how.
+INSTANTIATE_TEST_SUITE_P(Properties, EveryEffectWithoutGeometry,
+                         testing::ValuesIn(without({kCheckerboard, kLinearWipe, kClockWipe, kFlash})), effectName);
+
+TEST_P(EveryEffectWithoutGeometry, PaintsAWindowAsItPaintsTheWhole) {
     Session session(oneThread());
     for (const Format format : kRendered) {
         const auto instance = ready(session, format, kBounds);
@@ -93,8 +99,10 @@ TEST_P(EveryEffect, PaintsEveryWidthAtEveryAlignment) {
             const int x1 = width * 5 % 17;
             const OfxRectI window = {x1, 2, x1 + width, 4}, bounds = {0, 0, x1 + width + 3, 6};
             const int odd = format.depth == Depth::Byte ? width % 4 : 4 * (width % 4);
-            const auto instance = ready(session, format, window, {odd, false, 64});
-            const auto image = blank(format, bounds, {odd + 4, width % 2 == 1, 64});
+            // All rows are of one length, as transitions want them.
+            const int padding = (x1 + 3) * format.pixelBytes() + odd;
+            const auto instance = ready(session, format, window, {padding, false, 64});
+            const auto image = blank(format, bounds, {odd, width % 2 == 1, 64});
             EXPECT_EQ(render(*instance, image, window), kOfxStatOK);
             EXPECT_TRUE(untouchedOutside(*image, window)) << width;
             const auto alone = painted(format, {0, 0, width, 2});
