@@ -43,6 +43,8 @@ const std::vector<Setting> kSettings = {
     {"linearwipe", "45 degrees", {{"Transition", "0.4"}, {"Angle", "45"}}},
     {"linearwipe", "45 degrees, soft", {{"Transition", "0.4"}, {"Angle", "45"}, {"Feather", "1"}}},
     {"clockwipe", "default", {{"Transition", "0.4"}}},
+    {"flash", "no diffusion", {{"Transition", "0.4"}}},
+    {"flash", "diffusion", {{"Transition", "0.4"}, {"HorizontalDiffusion", "0.2"}, {"VerticalDiffusion", "0.2"}}},
     {"clockwipe", "full feather", {{"Transition", "0.4"}, {"FeatherAngle", "360"}}},
 };
 

@@ -19,18 +19,13 @@ set(highway ${PROJECT_BINARY_DIR}/highway)
 file(MAKE_DIRECTORY ${highway})
 file(CREATE_LINK ${HIGHWAY_INCLUDE_DIR}/hwy ${highway}/hwy SYMBOLIC)
 
-set(objects)
+set(simd_objects)
 foreach(level IN LISTS levels)
     add_library(simd_${level} OBJECT ${simd_sources})
     target_link_libraries(simd_${level} PRIVATE orvix_flags)
-    # Optimised in any case: without inlining, the check below finds code that all levels share.
+    # Optimised in any case: without inlining, the check finds code that all levels share.
     target_compile_options(simd_${level} PRIVATE ${flags_${level}} $<$<CONFIG:Debug>:-O1>)
     target_include_directories(simd_${level} SYSTEM PRIVATE ${highway})
-    target_sources(OrvixEffects PRIVATE $<TARGET_OBJECTS:simd_${level}>)
-    list(APPEND objects $<TARGET_OBJECTS:simd_${level}>)
+    list(APPEND simd_objects $<TARGET_OBJECTS:simd_${level}>)
 endforeach()
-
-if(ORVIX_X86_64 AND CMAKE_NM)
-    add_custom_command(TARGET OrvixEffects PRE_LINK VERBATIM COMMAND_EXPAND_LISTS
-        COMMAND ${CMAKE_COMMAND} -D NM=${CMAKE_NM} -P ${CMAKE_CURRENT_SOURCE_DIR}/check_simd.cmake ${objects})
-endif()
+target_sources(orvix_pixelops INTERFACE ${simd_objects})

@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "ofx/device_blur.h"
 #include "ofx/exception.h"
 #include "ofx/factory.h"
 #include "ofx/image_effect.h"
@@ -55,6 +56,10 @@ protected:
     // For passes between images: in the format of another, released when it goes. Throws the failed render.
     OpenCL::TemporaryImage temporary(const Image* like) const {
         return {program_.api(), context_, device(like), width(), height()};
+    }
+    // For a DeviceBlur with the program's kernels from that index on.
+    DeviceBlurTarget blurTarget(std::size_t firstKernel) const {
+        return {program_, firstKernel, context_, queue_, width(), height()};
     }
 
 private:
@@ -172,13 +177,15 @@ private:
 } // namespace OFX
 
 // The classes of an effect whose shape never varies. Before it stand <fx>Values and <fx>ProcessorBase, after it
-// <fx>Plugin.
-#define OFX_EFFECT_CLASSES(fx)                                                                 \
+// <fx>Plugin. In a staged effect preProcess, too, knows the pixels.
+#define OFX_EFFECT_CLASSES(fx) OFX_EFFECT_CLASSES_WITH(fx, )
+#define OFX_STAGED_EFFECT_CLASSES(fx) OFX_EFFECT_CLASSES_WITH(fx, void preProcess() override;)
+#define OFX_EFFECT_CLASSES_WITH(fx, stages)                                                    \
     template <class T, int N, int max, int bgra>                                               \
     class fx##Processor final : public fx##ProcessorBase {                                     \
     public:                                                                                    \
         using fx##ProcessorBase::fx##ProcessorBase;                                            \
-        void processWindow(const OFX::RectI& band) override;                                   \
+        stages void processWindow(const OFX::RectI& band) override;                            \
     };                                                                                         \
     class fx##OpenCLProcessor final : public OFX::OpenCLProcessor<fx##ProcessorBase> {         \
     public:                                                                                    \

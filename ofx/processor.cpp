@@ -5,6 +5,7 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <new>
 
 #include "ofx/image_effect.h"
 #include "ofx/log.h"
@@ -60,6 +61,13 @@ void run(unsigned requested, const std::function<void(unsigned, unsigned)>& func
     pixelops::finishRows();
 }
 
+void stage(std::size_t pieces, const std::function<void(std::size_t, std::size_t)>& function) {
+    run(0, [&](unsigned index, unsigned count) {
+        const std::size_t first = pieces * index / count, last = pieces * (index + std::size_t{1}) / count;
+        if (first < last) function(first, last);
+    });
+}
+
 void Processor::multiThread(unsigned count) {
     run(count, [this](unsigned index, unsigned n) { multiThreadFunction(index, n); });
 }
@@ -80,16 +88,13 @@ void ImageProcessor::multiThreadFunction(unsigned index, unsigned count) {
 
 void ImageProcessor::process() {
     if (destination == nullptr || empty(window)) return;
-    preProcess();
+    try {
+        preProcess();
+    } catch (const std::bad_alloc&) {
+        return log(LogLevel::Warning, "No memory for the temporary pictures of a render: nothing is rendered.");
+    }
     multiThread(0);
     postProcess();
-}
-
-void ImageProcessor::stage(const RectI& area, const std::function<void(const RectI&)>& function) {
-    MultiThread::run(0, [&](unsigned index, unsigned count) {
-        const RectI rows = band(area, index, count);
-        if (!empty(rows)) function(rows);
-    });
 }
 
 bool ImageProcessor::aborted() const { return effect_.aborted(); }

@@ -17,6 +17,10 @@ namespace MultiThread {
 // The first exception of any thread is thrown again here.
 void run(unsigned requested, const std::function<void(unsigned index, unsigned count)>& function);
 
+// The same for pieces of work that do not depend on each other: one stage of a job with several. The function gets a
+// range of pieces.
+void stage(std::size_t pieces, const std::function<void(std::size_t first, std::size_t last)>& function);
+
 class Processor {
 public:
     virtual ~Processor() = default;
@@ -38,21 +42,18 @@ public:
 
     void multiThreadFunction(unsigned index, unsigned count) override;
 
-    // What belongs to the whole render: tables, geometry of the whole window. Runs once, before the bands.
+    // What belongs to the whole render: tables, temporary pictures. Runs once, before the bands.
     virtual void preProcess() {}
     // The rows of one band; runs on several threads at once, each with rows of its own.
     virtual void processWindow(const RectI& band) = 0;
     virtual void postProcess() {}
-    // The whole job: nothing without a destination image.
+    // The whole job: nothing without a destination image, or without memory for what preProcess makes.
     virtual void process();
 
     const Image* destination = nullptr;
     RectI window{}; // the render window, in pixels
 
 protected:
-    // One stage of a job with several: the function runs over all rows of the area, split into bands like the render
-    // itself.
-    static void stage(const RectI& area, const std::function<void(const RectI& band)>& function);
     bool aborted() const;
 
     ImageEffect& effect_;

@@ -28,10 +28,13 @@ public:
     }
 
 protected:
-    // The loops of ofx/shapes.h over this render's images.
+    // Calls row(x, y, from, to, destination, count), with four components per pixel as in widenRow.
     template <class T, int N, class Row>
     void mixRows(const RectI& band, Row row) const {
-        OFX::mixRows<T, N>(band, *this->sources[0], *this->sources[1], *this->destination, this->abort(), row);
+        joinRows<T, N>(band, std::array{this->sources[0], this->sources[1]}, *this->destination, this->abort(),
+                       [&](int x, int y, const std::array<const T*, 2>& from, T* to, std::size_t pixels) {
+                           row(x, y, from[0], from[1], to, pixels);
+                       });
     }
     // At both ends a transition may be one picture, bit for bit: copies that, and answers true.
     template <class T, int N>

@@ -14,7 +14,8 @@ std::string expand(PackedSource source) {
     return text;
 }
 
-Program::Program(PackedSource source, std::initializer_list<const char*> kernelNames) : source_(source) {
+Program::Program(PackedSource source, std::initializer_list<const char*> kernelNames, PackedSource shared)
+    : source_(source), shared_(shared) {
     std::copy(kernelNames.begin(), kernelNames.end(), names_.begin());
 }
 
@@ -35,7 +36,7 @@ void Program::build(Compile compile, int optional) {
 void Program::buildLocked(Compile compile, int optional) {
     const auto set = [](cl_kernel kernel) { return kernel != nullptr; };
     if (compile == nullptr || program_ != nullptr || std::ranges::any_of(kernels_, set)) return;
-    const std::string text = expand(source_);
+    const std::string text = expand(source_) + expand(shared_);
     cl_program program = nullptr;
     // A host may answer OK and leave an optional program out.
     if (compile(text.c_str(), optional, &program) != kOfxStatOK || program == nullptr) return;
@@ -68,6 +69,14 @@ void KernelCall::set(std::size_t size, const void* value) {
     ++index_;
 }
 
+void KernelCall::runLines(int count, const char* message) {
+    if (status_ == CL_SUCCESS) {
+        const auto global = static_cast<std::size_t>(count);
+        status_ = program_.api_.enqueueKernel(queue_, program_.kernels_[kernel_], 1, &global, nullptr);
+    }
+    finish(message);
+}
+
 void KernelCall::run(int width, int height, const char* message) {
     if (status_ == CL_SUCCESS) {
         std::size_t global[2] = {static_cast<std::size_t>(width), static_cast<std::size_t>(height)}, local[2] = {};
@@ -75,6 +84,10 @@ void KernelCall::run(int width, int height, const char* message) {
         chooseWorkSizes(program_.api_, queue_, kernel, program_.workSizes_[kernel_], 2, global, local);
         status_ = program_.api_.enqueueKernel(queue_, kernel, 2, global, local[0] != 0 ? local : nullptr);
     }
+    finish(message);
+}
+
+void KernelCall::finish(const char* message) {
     if (status_ == CL_SUCCESS) return;
     if (message != nullptr) throw std::runtime_error(message);
     throw OFX::Exception::Suite(kOfxStatFailed, "OpenCL answered " + std::to_string(status_));

@@ -29,8 +29,9 @@ inline constexpr std::size_t kMostKernels = 10;
 // and nothing is released under a render.
 class Program {
 public:
-    // Kernels in the order in which they are made. The source and the names must outlive the program.
-    Program(PackedSource source, std::initializer_list<const char*> kernelNames);
+    // Kernels in the order in which they are made. The source and the names must outlive the program; a second source
+    // adds kernels that several effects share.
+    Program(PackedSource source, std::initializer_list<const char*> kernelNames, PackedSource shared = {});
 
     // Loads the table of entry points, unless it is there already, and tries to build.
     void load(Compile compile);
@@ -46,7 +47,7 @@ private:
     void buildLocked(Compile compile, int optional);
 
     OpenCLApi api_;
-    PackedSource source_;
+    PackedSource source_, shared_;
     std::array<const char*, kMostKernels> names_{};
     std::array<cl_kernel, kMostKernels> kernels_{};
     std::array<WorkSizes, kMostKernels> workSizes_{};
@@ -68,12 +69,15 @@ public:
         return *this;
     }
 
+    // Enqueues the kernel over so many items in one dimension, for passes along whole lines; else as run().
+    void runLines(int count, const char* message = nullptr);
     // Enqueues the kernel over width x height items. Throws the failed render, with kOfxStatFailed or, where given, as
     // a runtime error with that text. Does not wait: the host owns the queue.
     void run(int width, int height, const char* message = nullptr);
 
 private:
     void set(std::size_t size, const void* value);
+    void finish(const char* message);
 
     Program& program_;
     std::unique_lock<std::mutex> guard_;

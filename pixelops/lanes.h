@@ -141,18 +141,37 @@ inline Pixel<Lanes> loadPixels(const std::uint8_t* from) {
 
 // The number of each lane's pixel, 0 for the vector's first one: bytes are in order, floats as transposing leaves them.
 template <class T>
-Lanes pixelNumbers() {
-    constexpr std::size_t n = Lanes::kCount;
-    struct Numbers {
-        constexpr Numbers() {
-            for (std::size_t i = 0; i < n; ++i) {
-                of[i] = static_cast<float>(std::is_same_v<T, float> ? i % 4 * (n / 4) + i / 4 : i);
-            }
+struct PixelOrder {
+    constexpr PixelOrder() {
+        constexpr std::size_t n = Lanes::kCount;
+        for (std::size_t lane = 0; lane < n; ++lane) {
+            const std::size_t pixel = std::is_same_v<T, float> ? lane % 4 * (n / 4) + lane / 4 : lane;
+            numbers[lane] = static_cast<float>(pixel);
+            pixelOf[lane] = static_cast<std::int32_t>(pixel);
+            laneOf[pixel] = static_cast<std::int32_t>(lane);
         }
-        float of[n]{};
-    };
-    alignas(64) static constexpr Numbers kNumbers;
-    return hn::Load(Lanes::Tag(), kNumbers.of);
+    }
+    alignas(64) float numbers[Lanes::kCount]{};
+    alignas(64) std::int32_t pixelOf[Lanes::kCount]{}, laneOf[Lanes::kCount]{};
+};
+template <class T>
+inline constexpr PixelOrder<T> kPixelOrder;
+
+template <class T>
+Lanes pixelNumbers() {
+    return hn::Load(Lanes::Tag(), kPixelOrder<T>.numbers);
+}
+
+// Rows with one number for each pixel, into and out of the lanes of pixels of a type.
+template <class T>
+Lanes loadNumbers(const float* from) {
+    const Lanes::Tag d;
+    return hn::TableLookupLanes(hn::LoadU(d, from), hn::SetTableIndices(d, kPixelOrder<T>.pixelOf));
+}
+template <class T>
+void storeNumbers(Lanes numbers, float* to) {
+    const Lanes::Tag d;
+    hn::StoreU(hn::TableLookupLanes(numbers.v, hn::SetTableIndices(d, kPixelOrder<T>.laneOf)), d, to);
 }
 
 template <bool streamed>

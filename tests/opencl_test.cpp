@@ -195,6 +195,21 @@ TEST_F(OpenCL, WipesFollowTheCPU) {
         }
 }
 
+TEST_F(OpenCL, FlashFollowsTheCPU) {
+    Session session(options());
+    Random random(10);
+    for (const double progress : {0.0, 0.2, 0.5, 0.8, 1.0})
+        for (const auto& [horizontal, vertical] : {std::pair{0.0, 0.0}, std::pair{0.5, 0.0}, std::pair{0.0, 0.5},
+                                                   std::pair{0.3, 1.0}, std::pair{0.02, 0.03}}) {
+            const Settings settings = {
+                {"HorizontalDiffusion", {horizontal}}, {"VerticalDiffusion", {vertical}}, {"Tint", {1, 0.7, 0.4}}};
+            // The passes of a blur leave byte images between them, each half a code off.
+            const bool diffuses = horizontal > 0 || vertical > 0;
+            const double aspect = random.pick({1.0, 0.9, 2.0});
+            expectSame(session, kFlash, settings, progress, aspect, diffuses ? 2 : 1, diffuses ? 1e-3 : 4e-6);
+        }
+}
+
 TEST_F(OpenCL, SourcesSmallerThanTheWindowReadAsTransparent) {
     Session session(options());
     const auto instance = session.make(kBrightness, {{"Brightness", {0.25}}});

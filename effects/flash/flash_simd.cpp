@@ -1,0 +1,78 @@
+// The rows of the flash.
+#include "effects/flash/light.h"
+#include "pixelops/lanes.h"
+
+namespace flash {
+namespace SIMD_LEVEL {
+namespace {
+
+using lanes::Lanes;
+using Pixel = pixelops::Pixel<Lanes>;
+
+Lanes lumaOf(bool bgra, const Pixel& p) {
+    const Lanes red = bgra ? p.b : p.r, blue = bgra ? p.r : p.b;
+    return red * 0.299f + p.g * 0.587f + blue * 0.114f;
+}
+
+// Full scale is 255 or 1; bytes are limited to it and to their alpha.
+template <class T>
+Pixel lit(const Light& light, const Pixel& p, Lanes luma) {
+    constexpr bool kBytes = sizeof(T) == 1;
+    const Lanes full = kBytes ? 255.0f : 1.0f, white = light.white * full, glow = luma * light.gain;
+    const Lanes alpha = min(glow + white + p.a, full);
+    const auto component = [&](Lanes c, float tint) {
+        const Lanes sum = glow * tint + white + c;
+        return kBytes ? min(max(sum, Lanes(0.0f)), alpha) : sum;
+    };
+    return {component(p.r, light.tint[0]), component(p.g, light.tint[1]), component(p.b, light.tint[2]), alpha};
+}
+
+template <class T>
+void lightRow(const Light& light, const T* from, const float* luma, T* to, std::size_t pixels) {
+    if (luma == nullptr) {
+        lanes::mapPixels(from, to, pixels, [&](const Pixel& p) { return lit<T>(light, p, lumaOf(light.bgra, p)); });
+    } else {
+        const auto step = [&](auto streamed, std::size_t first, T* t, const T* f) {
+            lanes::storePixels<streamed>(lit<T>(light, lanes::loadPixels(f), lanes::loadNumbers<T>(luma + first)), t);
+        };
+        lanes::forVectors(to, pixels, step, from);
+    }
+}
+
+template <class T>
+void lumaRow(bool bgra, const T* from, float* luma, std::size_t pixels) {
+    constexpr std::size_t n = Lanes::kCount;
+    for (; pixels >= n; from += 4 * n, luma += n, pixels -= n)
+        lanes::storeNumbers<T>(lumaOf(bgra, lanes::loadPixels(from)), luma);
+    T rest[4 * n] = {};
+    float numbers[n];
+    std::memcpy(rest, from, 4 * pixels * sizeof(T));
+    lanes::storeNumbers<T>(lumaOf(bgra, lanes::loadPixels(rest)), numbers);
+    std::memcpy(luma, numbers, pixels * sizeof(float));
+}
+
+} // namespace
+
+void lightByteRow(const Light& light, const std::uint8_t* from, const float* luma, std::uint8_t* to,
+                  std::size_t pixels) {
+    lightRow(light, from, luma, to, pixels);
+}
+void lightFloatRow(const Light& light, const float* from, const float* luma, float* to, std::size_t pixels) {
+    lightRow(light, from, luma, to, pixels);
+}
+
+void lumaOfByteRow(bool bgra, const std::uint8_t* from, float* luma, std::size_t pixels) {
+    lumaRow(bgra, from, luma, pixels);
+}
+void lumaOfFloatRow(bool bgra, const float* from, float* luma, std::size_t pixels) {
+    lumaRow(bgra, from, luma, pixels);
+}
+
+} // namespace SIMD_LEVEL
+
+SIMD_FUNCTION(lightByteRow);
+SIMD_FUNCTION(lightFloatRow);
+SIMD_FUNCTION(lumaOfByteRow);
+SIMD_FUNCTION(lumaOfFloatRow);
+
+} // namespace flash
