@@ -10,7 +10,7 @@
 #include "opencl/temporary_image.h"
 #include "opencl/work_sizes.h"
 #include "tests/fake_opencl.h"
-#include "tests/support.h"
+#include "tests/transition_support.h"
 
 namespace test {
 namespace {
@@ -111,6 +111,81 @@ TEST_F(OpenCLCalls, BrightnessAndContrastSetsItsArgumentsInOrder) {
     EXPECT_EQ(valueOf<int>(arguments[2]), std::vector{1920});
     EXPECT_EQ(valueOf<int>(arguments[3]), std::vector{1080});
     EXPECT_EQ(valueOf<float>(arguments[4]), (std::vector<float>{0.25f, -0.5f, 0.75f, 0}));
+}
+
+// The calls of one render between two pictures; the first three arguments are the images.
+std::vector<fake::Call> argumentsOf(Session& session, const std::string& effect, const Settings& settings) {
+    Between pictures(session, effect, kFloats, kHD, 2);
+    pictures.at(0.25, settings, true);
+    auto arguments = callsOf("clSetKernelArg");
+    EXPECT_NE(arguments.at(0).value, arguments.at(1).value);
+    EXPECT_NE(arguments.at(1).value, arguments.at(2).value);
+    return arguments;
+}
+
+TEST_F(OpenCLCalls, DissolveSetsItsArgumentsInOrder) {
+    const Settings settings = {{"ColorBleedSpeedRed", {0.125}},
+                               {"ColorBleedSpeedAlpha", {0.5}},
+                               {"ColorMorphSpeedGreen", {0.25}},
+                               {"FadeThroughColor", {1, 0.5, 0.25, 0.75}}};
+    const std::map<int, std::vector<float>> blocks = {
+        {0, {0, 0, 0, 0}}, {3, {0.125f, 0, 0, 0.5f}}, {4, {0, 0.25f, 0, 0}}, {8, {1, 0.5f, 0.25f, 0.75f}}};
+    for (const auto& [mode, block] : blocks) {
+        library() = {};
+        Session session(options());
+        Settings all = settings;
+        all["Type"] = {mode * 1.0};
+        const auto arguments = argumentsOf(session, kDissolve, all);
+        ASSERT_EQ(sizes(arguments), (std::vector<std::size_t>{8, 8, 8, 4, 4, 4, 4, 4, 4, 16}));
+        const std::vector<int> numbers = {1920, 1080, mode, 0};
+        for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(valueOf<int>(arguments[3 + i]), std::vector{numbers[i]});
+        EXPECT_EQ(valueOf<float>(arguments[7]), std::vector{0.25f});
+        EXPECT_EQ(valueOf<float>(arguments[8]), std::vector{1.0f});
+        EXPECT_EQ(valueOf<float>(arguments[9]), block) << mode;
+    }
+}
+
+TEST_F(OpenCLCalls, WipesSetTheirArgumentsInOrder) {
+    {
+        Session session(options());
+        const auto arguments = argumentsOf(session, kLinearWipe, {{"Angle", {90}}, {"Feather", {0.5}}});
+        ASSERT_EQ(sizes(arguments), (std::vector<std::size_t>{8, 8, 8, 4, 4, 32}));
+        EXPECT_EQ(valueOf<int>(arguments[3]), std::vector{1920});
+        // Edge, aspect, steps, offset, 1 / length, half of the feather, 1 / its width.
+        EXPECT_EQ(valueOf<float>(arguments[5]), (std::vector<float>{0.1875f, 2, 0, -0.5f, 0, 1 / 539.5f, 0.125f, 4}));
+    }
+    library() = {};
+    Session session(options());
+    const auto arguments = argumentsOf(session, kClockWipe, {{"Direction", {1}}, {"FeatherAngle", {45}}});
+    ASSERT_EQ(sizes(arguments), (std::vector<std::size_t>{8, 8, 8, 4, 4, 4, 4, 8, 4}));
+    EXPECT_EQ(valueOf<int>(arguments[5]), std::vector{1});
+    EXPECT_EQ(valueOf<float>(arguments[6]), std::vector{0.25f});
+    EXPECT_EQ(valueOf<float>(arguments[7]), (std::vector<float>{1, 0.5f}));
+    EXPECT_EQ(valueOf<float>(arguments[8]), std::vector{45.0f});
+}
+
+// Lines in both directions first, each without a local size; then all pixels. Whatever fails, no image is left.
+TEST_F(OpenCLCalls, FlashBlursInPassesAndKeepsNoImages) {
+    Session session(options());
+    const auto instance =
+        session.make(kFlash, {{"Transition", {0.25}}, {"HorizontalDiffusion", {0.5}}, {"VerticalDiffusion", {0.5}}});
+    for (const char* clip : {"SourceFrom", "SourceTo"}) instance->clip(clip).connect(picture(kBytes, kHD));
+    library().calls.clear();
+    ASSERT_EQ(render(*instance, kHD), kOfxStatOK);
+    EXPECT_EQ(callsOf("clCreateImage2D").size(), 3u + 4u); // the host's three, and four between the passes
+    const auto passes = callsOf("clEnqueueNDRangeKernel");
+    ASSERT_EQ(passes.size(), 3u);
+    EXPECT_EQ(passes[0].numbers, (std::vector<std::size_t>{1, 2 * 1920}));
+    EXPECT_EQ(passes[1].numbers, (std::vector<std::size_t>{1, 2 * 1080}));
+    EXPECT_EQ(passes[2].numbers[0], 2u);
+    const int lent = library().images; // the host's own
+    for (const char* failing : {"clGetImageInfo", "clCreateImage2D", "clSetKernelArg", "clEnqueueNDRangeKernel"})
+        for (int after = 0; after < 3; ++after) {
+            library().failing = failing, library().failAfter = after;
+            EXPECT_EQ(render(*instance, kHD), kOfxStatFailed) << failing;
+            EXPECT_EQ(library().images, lent) << failing;
+        }
+    library().failing.clear();
 }
 
 TEST_F(OpenCLCalls, WorkSizesFollowTheDeviceAndTheKernel) {
