@@ -88,21 +88,30 @@ template <std::size_t kBlock, class T, class Step, class... From>
     std::memcpy(to, blocks[sizeof...(From)], count * sizeof(T));
 }
 
-// Calls step(Cached or Streamed, at, to, from...) for the blocks of a row, the first of which is the row's component
-// `at`. Streamed ones start on a cache line, so that no line is written in part. Pixels of kPixel components are never
-// torn apart.
-template <std::size_t kBlock, std::size_t kPixel, class T, class Step, class... From>
-[[gnu::flatten]] void forBlocks(T* to, std::size_t count, const Step& step, const From*... from) {
+// The part of a row that goes past the caches in whole blocks, as components from `first` on; none in short rows, and
+// where pixels would be torn apart. It starts on a cache line, so that no line is written in part.
+struct StreamedPart {
+    std::size_t first = 0, count = 0;
+};
+
+template <std::size_t kBlock, std::size_t kPixel, class T, class... From>
+StreamedPart streamedPart(T* to, std::size_t count, const From*... from) {
     constexpr std::size_t kLine = 64;
     static_assert(kBlock * sizeof(T) % kLine == 0 && kBlock % kPixel == 0);
-    const std::size_t gap = -reinterpret_cast<std::uintptr_t>(to) % kLine;
-    std::size_t at = 0;
-    if (count * sizeof(T) >= kStreamedRow && (... && (from != to)) && gap % (kPixel * sizeof(T)) == 0) {
-        const std::size_t head = gap / sizeof(T);
-        forCachedBlocks<kBlock>(0, to, head, step, from...);
-        for (at = head; count - at >= kBlock; at += kBlock) step(Streamed(), at, to + at, from + at...);
-    }
-    forCachedBlocks<kBlock>(at, to + at, count - at, step, from + at...);
+    const std::size_t gap = -reinterpret_cast<std::uintptr_t>(to) % kLine, head = gap / sizeof(T);
+    const bool streams = count * sizeof(T) >= kStreamedRow && (... && (from != to)) && gap % (kPixel * sizeof(T)) == 0;
+    return streams ? StreamedPart{head, (count - head) / kBlock * kBlock} : StreamedPart();
+}
+
+// Calls step(Cached or Streamed, at, to, from...) for the blocks of a row, the first of which is the row's component
+// `at`.
+template <std::size_t kBlock, std::size_t kPixel, class T, class Step, class... From>
+[[gnu::flatten]] void forBlocks(T* to, std::size_t count, const Step& step, const From*... from) {
+    const auto [first, streamed] = streamedPart<kBlock, kPixel>(to, count, from...);
+    const std::size_t end = first + streamed;
+    forCachedBlocks<kBlock>(0, to, first, step, from...);
+    for (std::size_t at = first; at < end; at += kBlock) step(Streamed(), at, to + at, from + at...);
+    forCachedBlocks<kBlock>(end, to + end, count - end, step, from + end...);
 }
 
 // Turns four vectors of pixels into four of components, and back: a 4 x 4 transposition in every 16 bytes.

@@ -31,7 +31,9 @@ clockwipe::Ray ray(float angle) { return {angle, std::sin(angle), std::cos(angle
 clockwipe::Hand clockwipeProcessorBase::hand() const {
     const float feather = static_cast<float>(values.featherAngle) * kDegree;
     const float swept = (feather + kTurn) * values.progress; // the last pixel and a whole feather at the end
-    return {ray(swept), ray(swept - feather), feather, feather < kQuarter ? std::sin(feather) : 2};
+    // Half a quarter is the widest that a pixel's distance from the centre can ask for.
+    const float sine = feather < kQuarter / 2 ? std::sin(feather) : 1;
+    return {ray(swept), ray(swept - feather), feather, 2.01f / (sine * sine)};
 }
 
 // --- Processors ---

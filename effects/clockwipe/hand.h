@@ -16,7 +16,7 @@ struct Ray {
 struct Hand {
     Ray hand, wake;    // the edge of the turn, and where the feather ends far from the centre
     float feather;     // radians
-    float featherSine; // above 1 where no distance from the centre asks for a wider feather
+    float nearSquared; // nearer to the centre than the root of this, the feather is wider
 };
 
 // One row, or a part of it: pixel i lies (column + i) stepX to the right of the centre, seen in the turn's direction,

@@ -8,13 +8,31 @@ namespace {
 
 using lanes::Lanes;
 
+class Mask {
+public:
+    explicit Mask(const Row& row) : row_(row) {}
+
+    lanes::Mask at(Lanes x) const {
+        const Lanes place = abs((x + row_.column) * row_.stepX + row_.start) * row_.perLength;
+        return {place > row_.high, place < row_.low, lanes::smoothstep((place - row_.low) * row_.perWidth)};
+    }
+
+    lanes::Run run(float x) const {
+        const float place = size((x + row_.column) * row_.stepX + row_.start) * row_.perLength;
+        const float beyond = place > row_.high ? place - row_.high : row_.low - place;
+        // A pixel less for the rounding of places.
+        return {beyond / (size(row_.stepX) * row_.perLength + 1e-9f) - 1, place > row_.high};
+    }
+
+private:
+    static float size(float x) { return x < 0 ? -x : x; }
+
+    const Row row_;
+};
+
 template <class T>
 void wipe(const Row& row, const T* from, const T* to, T* wiped, std::size_t pixels) {
-    const auto maskAt = [&row](Lanes x) -> lanes::Mask {
-        const Lanes place = abs((x + row.column) * row.stepX + row.start) * row.perLength;
-        return {place > row.high, place < row.low, lanes::smoothstep((place - row.low) * row.perWidth)};
-    };
-    lanes::wipeRow(from, to, wiped, pixels, maskAt,
+    lanes::wipeRow(from, to, wiped, pixels, Mask(row),
                    [](Lanes f, Lanes t, Lanes weight) { return t + (f - t) * weight; });
 }
 
