@@ -28,11 +28,14 @@ constexpr YuvFormat kFormats[] = {
     {fourCC("v210"), YuvStorage::Tens, 10, 1, {{16, 6}, {}}, true, false, false, &unpackTens, &packTens},
 };
 
+constexpr YuvCoefficients coefficientsOf(std::uint32_t matrixIndex, int bits) {
+    return {*kYuvStandards[matrixIndex % 3], yuvRange(matrixIndex, bits), bits};
+}
+
 template <int bits>
-constexpr YuvCoefficients kCoefficients[kYuvMatrices] = {
-    {kBT601, fullRange(bits), bits},    {kBT709, fullRange(bits), bits},    {kBT2020, fullRange(bits), bits},
-    {kBT601, nominalRange(bits), bits}, {kBT709, nominalRange(bits), bits}, {kBT2020, nominalRange(bits), bits},
-};
+constexpr YuvCoefficients kCoefficients[kYuvMatrices] = {coefficientsOf(0, bits), coefficientsOf(1, bits),
+                                                         coefficientsOf(2, bits), coefficientsOf(3, bits),
+                                                         coefficientsOf(4, bits), coefficientsOf(5, bits)};
 
 // So that neither positions in a row nor the halves of an odd size pass 32 bits.
 constexpr std::uint32_t kLargest = 1u << 30;
