@@ -1,6 +1,8 @@
 // Building and releasing the kernels of a module, and enqueuing them.
 #include "pixelops/opencl_module.h"
 
+#include <algorithm>
+
 namespace pixelops {
 
 std::int32_t OpenCLModule::initialize(OpenCLApi* const* holder, KrCompile compile) {
@@ -36,6 +38,12 @@ void OpenCLModule::shutdown() {
     }
     if (program_ != nullptr && table != nullptr) table->clReleaseProgram(program_);
     program_ = nullptr;
+}
+
+bool OpenCLModule::ready() const {
+    const auto missing = [](cl_kernel kernel) { return kernel == nullptr; };
+    return api() != nullptr && program_ != nullptr &&
+           std::none_of(kernels_.begin(), kernels_.begin() + count_, missing);
 }
 
 ImageInfo OpenCLModule::imageInfo(cl_mem image) const {

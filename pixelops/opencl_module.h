@@ -32,8 +32,8 @@ public:
     std::int32_t initialize(OpenCLApi* const* api, KrCompile compile);
     void shutdown();
 
-    // Whether there is a table that can be locked, and a program.
-    bool ready() const { return api() != nullptr && program_ != nullptr; }
+    // Whether there is a table that can be locked, and every kernel.
+    bool ready() const;
     // The rest asks for a module that is ready.
     ImageInfo imageInfo(cl_mem image) const;
     std::size_t bufferBytes(cl_mem buffer) const; // 0 for other objects
@@ -46,7 +46,7 @@ public:
     std::int32_t run(std::size_t kernel, cl_command_queue queue, std::size_t width, std::size_t height,
                      const Arguments&... arguments) {
         const std::lock_guard guard(*api()->callLock);
-        if (queue == nullptr || kernels_[kernel] == nullptr) return KR_FAILED;
+        if (queue == nullptr) return KR_FAILED;
         cl_uint index = 0;
         const auto set = [&](const auto& value) {
             return api()->clSetKernelArg(kernels_[kernel], index++, sizeof value, &value) == CL_SUCCESS;
