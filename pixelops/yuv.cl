@@ -1,36 +1,37 @@
-// YUV frames in buffers to images and back. Rows count from the top; a negative pitch says that a buffer starts with the
-// bottom row. half_size: 1 where chroma has half as many columns or rows, else 0.
+// YUV frames in buffers to images and back. Rows count from the top; a negative pitch says that a buffer starts with
+// the bottom row. half_size: 1 where chroma has half as many columns or rows, else 0.
 
 _Pragma("OPENCL FP_CONTRACT OFF")
 
-enum Storage { PLANAR, PAIRS, LUMA_FIRST, CHROMA_FIRST, WORDS, TENS };
+    enum Storage {
+        PLANAR,
+        PAIRS,
+        LUMA_FIRST,
+        CHROMA_FIRST,
+        WORDS,
+        TENS
+    };
 
-size_t row_offset(int pitch, int rows, int row)
-{
-    return (size_t)(pitch < 0 ? rows - 1 - row : row) * abs(pitch);
-}
+size_t row_offset(int pitch, int rows, int row) { return (size_t)(pitch < 0 ? rows - 1 - row : row) * abs(pitch); }
 
 int word_at(__global const uchar* p) { return p[0] | p[1] << 8; }
 
-void put_word(__global uchar* p, int code)
-{
+void put_word(__global uchar* p, int code) {
     p[0] = code & 255;
     p[1] = code >> 8;
 }
 
 // Sample number k of a group of six pixels, whose samples follow one another as in CHROMA_FIRST, three in 32 bits.
-int ten_at(__global const uchar* group, int k)
-{
+int ten_at(__global const uchar* group, int k) {
     __global const uchar* p = group + k / 3 * 4;
     return (word_at(p) | word_at(p + 2) << 16) >> k % 3 * 10 & 1023;
 }
 
-// offsets: of luma and chroma, then the sizes of their ranges, in codes. inverse: red from v, green from u, green from v,
-// blue from u.
+// offsets: of luma and chroma, then the sizes of their ranges, in codes. inverse: red from v, green from u, green from
+// v, blue from u.
 __kernel void k9b26d1400(__write_only image2d_t dst, __global const uchar* plane0, __global const uchar* plane1,
                          __global const uchar* plane2, int4 pitches, int2 size, int storage, int2 half_size,
-                         float4 offsets, float4 inverse)
-{
+                         float4 offsets, float4 inverse) {
     const int2 at = (int2)(get_global_id(0), get_global_id(1));
     if (at.x >= size.x || at.y >= size.y) return; // the global size is rounded up
 
@@ -63,24 +64,22 @@ __kernel void k9b26d1400(__write_only image2d_t dst, __global const uchar* plane
 }
 
 // The code for a colour: the coefficients, and the offset as w.
-int code_of(float4 color, float4 row, int most)
-{
+int code_of(float4 color, float4 row, int most) {
     return (int)rint(clamp(color.x * row.x + color.y * row.y + color.z * row.z + row.w, 0.0f, (float)most));
 }
 
-// An item for each group of pixels that share their chroma or, as TENS, 16 bytes. Columns and rows beyond the edge repeat
-// the last; of those, only columns are written, where they belong to a group of bytes.
+// An item for each group of pixels that share their chroma or, as TENS, 16 bytes. Columns and rows beyond the edge
+// repeat the last; of those, only columns are written, where they belong to a group of bytes.
 __kernel void k9b26d1401(__global uchar* plane0, __global uchar* plane1, __global uchar* plane2,
                          __read_only image2d_t src, int4 pitches, int2 size, int storage, int2 half_size, int most,
-                         float4 y_row, float4 u_row, float4 v_row)
-{
+                         float4 y_row, float4 u_row, float4 v_row) {
     const sampler_t nearest = CLK_NORMALIZED_COORDS_FALSE | CLK_ADDRESS_CLAMP_TO_EDGE | CLK_FILTER_NEAREST;
     const int columns = storage == TENS ? 6 : 1 + half_size.x, lines = 1 + half_size.y;
     const int2 group = (int2)(get_global_id(0), get_global_id(1)), first = group * (int2)(columns, lines);
     if (first.x >= size.x || first.y >= size.y) return;
     const int rows = (size.y + half_size.y) >> half_size.y;
 
-    uint words[4] = { 0, 0, 0, 0 };
+    uint words[4] = {0, 0, 0, 0};
     for (int pair = 0; pair < columns; pair += 1 + half_size.x) {
         float4 sum = (float4)(0.0f);
         for (int line = 0; line < lines; ++line) {
@@ -92,12 +91,18 @@ __kernel void k9b26d1401(__global uchar* plane0, __global uchar* plane1, __globa
                 sum += color;
                 if (first.y + line >= size.y) continue;
                 const int code = code_of(color, y_row, most);
-                if (storage == TENS) words[(2 * x + 1) / 3] |= (uint)code << (2 * x + 1) % 3 * 10;
-                else if (storage == LUMA_FIRST) plane0[offset + 2 * column] = code;
-                else if (storage == CHROMA_FIRST) plane0[offset + 2 * column + 1] = code;
-                else if (column >= size.x) continue;
-                else if (storage == WORDS) put_word(plane0 + offset + 2 * column, code << 6);
-                else plane0[offset + column] = code;
+                if (storage == TENS)
+                    words[(2 * x + 1) / 3] |= (uint)code << (2 * x + 1) % 3 * 10;
+                else if (storage == LUMA_FIRST)
+                    plane0[offset + 2 * column] = code;
+                else if (storage == CHROMA_FIRST)
+                    plane0[offset + 2 * column + 1] = code;
+                else if (column >= size.x)
+                    continue;
+                else if (storage == WORDS)
+                    put_word(plane0 + offset + 2 * column, code << 6);
+                else
+                    plane0[offset + column] = code;
             }
         }
         sum /= (float)(lines * (1 + half_size.x));

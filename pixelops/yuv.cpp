@@ -1,16 +1,14 @@
-// YUV frames to pixels and back, row by row in blocks that stay in the first-level cache.
+// YUV frames to pixels and back, row by row in small blocks.
 #include <algorithm>
 #include <cstring>
 
-#include "pixelops/rows.h"
 #include "pixelops/yuv_format.h"
 
 namespace pixelops {
 namespace {
 
-// Pixels in a block: rows of common sizes are few of them, and each is large enough to be written past the caches.
-constexpr std::size_t kBlock = 10 * kYuvStep;
-static_assert(4 * kBlock >= kStreamedRow);
+// Pixels in a block: few, so that arithmetic and traffic with memory take turns often and overlap.
+constexpr std::size_t kBlock = 2 * kYuvStep;
 
 struct Samples {
     alignas(64) std::uint16_t y[kBlock], u[kBlock], v[kBlock];
@@ -56,6 +54,13 @@ private:
     std::int32_t pitches_[3] = {};
 };
 
+// Asks for what will be read some blocks later. The place may lie beyond the frame.
+void prefetch(const std::uint8_t* block, std::size_t bytes) {
+    constexpr std::size_t kBlocks = 4, kLine = 64;
+    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(block) + kBlocks * bytes;
+    for (std::size_t i = 0; i < bytes; i += kLine) __builtin_prefetch(reinterpret_cast<const void*>(ahead + i));
+}
+
 std::size_t wholeSteps(std::size_t pixels) { return (pixels + kYuvStep - 1) / kYuvStep * kYuvStep; }
 
 // A block of a row as it is, or copied, with the last pixel repeated where whole steps go on.
@@ -87,13 +92,14 @@ std::int32_t KrYUV_YUVToRGB(KRRGBA* rgba, std::int32_t rgbaPitch, const void* co
         std::uint8_t* row = reinterpret_cast<std::uint8_t*>(rgba) + offset(rgbaPitch, y);
         for (std::size_t x = 0; x < width; x += kBlock) {
             const std::size_t count = std::min(width - x, kBlock);
-            (*format.unpack)(from.at(x, y).planes, samples.y, samples.u, samples.v, count);
-            yuvToPixels(conversion.coefficients->toRgb, samples.y, samples.u, samples.v, pixels.bytes,
-                        wholeSteps(count), format.halfWidth);
-            copyRow(pixels.bytes, row + 4 * x, 4 * count);
+            const auto place = from.at(x, y);
+            (*format.unpack)(place.planes, samples.y, samples.u, samples.v, count);
+            std::uint8_t* to = count % kYuvStep == 0 ? row + 4 * x : pixels.bytes;
+            yuvToPixels(conversion.coefficients->toRgb, samples.y, samples.u, samples.v, to, wholeSteps(count),
+                        format.halfWidth);
+            if (to == pixels.bytes) std::memcpy(row + 4 * x, to, 4 * count);
         }
     }
-    finishRows();
     return KR_OK;
 }
 
@@ -106,23 +112,24 @@ std::int32_t KrYUV_RGBToYUV(void* const planes[3], const std::int32_t pitches[3]
     const Planes<std::uint8_t, void*> to(format, planes, pitches);
     if (!to.complete() || !holds(rgbaPitch, std::size_t{width} * 4)) return KR_FAILED;
 
+    const RgbToYuv& coefficients = conversion.coefficients->toYuv;
     Samples samples{};
     Pixels copies[2];
     for (std::uint32_t y = 0; y < height; ++y) {
         const std::uint8_t* row = reinterpret_cast<const std::uint8_t*>(rgba) + offset(rgbaPitch, y);
-        const bool startsChroma = !format.halfHeight || y % 2 == 0;
-        const std::ptrdiff_t lower = format.halfHeight && y + 1 < height ? rgbaPitch : 0;
+        // Chroma waits for the last row that shares it: memory is then read in one stream.
+        const bool chroma = !format.halfHeight || y % 2 == 1 || y + 1 == height;
+        const std::ptrdiff_t upper = format.halfHeight && y % 2 == 1 ? -std::ptrdiff_t{rgbaPitch} : 0;
         for (std::size_t x = 0; x < width; x += kBlock) {
             const std::size_t count = std::min(width - x, kBlock), steps = wholeSteps(count);
             const std::uint8_t* pixels = extended(row + 4 * x, count, copies[0]);
-            pixelsToLuma(conversion.coefficients->toYuv, pixels, samples.y, steps);
-            if (startsChroma) {
-                const std::uint8_t* below = lower != 0 ? extended(row + lower + 4 * x, count, copies[1]) : pixels;
-                pixelsToChroma(conversion.coefficients->toYuv, pixels, below, samples.u, samples.v, steps,
-                               format.halfWidth);
+            prefetch(pixels, 4 * count);
+            pixelsToLuma(coefficients, pixels, samples.y, steps);
+            if (chroma) {
+                const std::uint8_t* above = upper != 0 ? extended(row + upper + 4 * x, count, copies[1]) : pixels;
+                pixelsToChroma(coefficients, above, pixels, samples.u, samples.v, steps, format.halfWidth);
             }
-            (*format.pack)(samples.y, startsChroma ? samples.u : nullptr, startsChroma ? samples.v : nullptr,
-                           to.at(x, y).planes, count);
+            (*format.pack)(samples.y, chroma ? samples.u : nullptr, samples.v, to.at(x, y).planes, count);
         }
     }
     return KR_OK;

@@ -23,11 +23,11 @@ void write(uint8_t* to, T value) {
 
 constexpr size_t pairs(size_t pixels) { return pixels / 2 + pixels % 2; }
 
-void widen(const uint8_t* from, uint16_t* to, size_t count) {
+void widen(const uint8_t* from, uint16_t* __restrict to, size_t count) {
     for (size_t i = 0; i < count; ++i) to[i] = from[i];
 }
 
-void narrow(const uint16_t* from, uint8_t* to, size_t count) {
+void narrow(const uint16_t* from, uint8_t* __restrict to, size_t count) {
     for (size_t i = 0; i < count; ++i) to[i] = static_cast<uint8_t>(from[i]);
 }
 
@@ -45,7 +45,7 @@ void splitPacked(const uint8_t* from, uint16_t* __restrict y, uint16_t* __restri
 }
 
 template <int yShift, int uShift>
-void joinPacked(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* to, size_t count) {
+void joinPacked(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* __restrict to, size_t count) {
     for (size_t i = 0; i < count; ++i) {
         const uint32_t luma = uint32_t{y[2 * i]} | uint32_t{y[2 * i + 1]} << 16;
         const uint32_t chroma = uint32_t{u[i]} | uint32_t{v[i]} << 16;
@@ -53,50 +53,68 @@ void joinPacked(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t
     }
 }
 
-void unpackWordPairs(const uint8_t* const* planes, uint16_t* y, uint16_t* u, uint16_t* v, size_t pixels,
-                     size_t samples) {
-    for (size_t i = 0; i < pixels; ++i) y[i] = read<uint16_t>(planes[0] + 2 * i) >> 6;
-    for (size_t i = 0; i < samples; ++i) {
-        const auto pair = read<uint32_t>(planes[1] + 4 * i);
+void widenTens(const uint8_t* from, uint16_t* __restrict to, size_t count) {
+    for (size_t i = 0; i < count; ++i) to[i] = read<uint16_t>(from + 2 * i) >> 6;
+}
+
+void narrowTens(const uint16_t* from, uint8_t* __restrict to, size_t count) {
+    for (size_t i = 0; i < count; ++i) write<uint16_t>(to + 2 * i, static_cast<uint16_t>(from[i] << 6));
+}
+
+void splitPairs(const uint8_t* from, uint16_t* __restrict u, uint16_t* __restrict v, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        const auto pair = read<uint16_t>(from + 2 * i);
+        u[i] = pair & 255;
+        v[i] = pair >> 8;
+    }
+}
+
+void joinPairs(const uint16_t* u, const uint16_t* v, uint8_t* __restrict to, size_t count) {
+    for (size_t i = 0; i < count; ++i) write<uint16_t>(to + 2 * i, static_cast<uint16_t>(u[i] | v[i] << 8));
+}
+
+void splitTenPairs(const uint8_t* from, uint16_t* __restrict u, uint16_t* __restrict v, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        const auto pair = read<uint32_t>(from + 4 * i);
         u[i] = static_cast<uint16_t>((pair & 0xFFFF) >> 6);
         v[i] = static_cast<uint16_t>(pair >> 22);
     }
 }
 
-void packWordPairs(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* const* planes, size_t pixels,
-                   size_t samples) {
-    for (size_t i = 0; i < pixels; ++i) write<uint16_t>(planes[0] + 2 * i, static_cast<uint16_t>(y[i] << 6));
-    if (u == nullptr) return;
-    for (size_t i = 0; i < samples; ++i) write<uint32_t>(planes[1] + 4 * i, uint32_t{u[i]} << 6 | uint32_t{v[i]} << 22);
+void joinTenPairs(const uint16_t* u, const uint16_t* v, uint8_t* __restrict to, size_t count) {
+    for (size_t i = 0; i < count; ++i) write<uint32_t>(to + 4 * i, uint32_t{u[i]} << 6 | uint32_t{v[i]} << 22);
 }
 
-// Three samples of ten bits, from bit 0 up.
-struct Three {
-    uint16_t a, b, c;
-};
+// Six pixels of ten bits: 12 samples in the order u y v y, three to each 32 bits.
+constexpr size_t kGroupPixels = 6, kGroupBytes = 16, kGroupSamples = 12;
+constexpr size_t kMostSamples = kYuvStep / kGroupPixels * kGroupSamples;
 
-Three tens(const uint8_t* from) {
-    const auto word = read<uint32_t>(from);
-    return {static_cast<uint16_t>(word & 1023), static_cast<uint16_t>(word >> 10 & 1023),
-            static_cast<uint16_t>(word >> 20 & 1023)};
+constexpr size_t groups(size_t pixels) { return (pixels + kGroupPixels - 1) / kGroupPixels; }
+
+void splitTens(const uint8_t* from, uint16_t* __restrict y, uint16_t* __restrict u, uint16_t* __restrict v,
+               size_t samples) {
+    uint16_t all[kMostSamples];
+    for (size_t i = 0; i < samples / 3; ++i) {
+        const auto word = read<uint32_t>(from + 4 * i);
+        all[3 * i] = word & 1023;
+        all[3 * i + 1] = word >> 10 & 1023;
+        all[3 * i + 2] = word >> 20 & 1023;
+    }
+    for (size_t i = 0; i < samples / 4; ++i) {
+        u[i] = all[4 * i], y[2 * i] = all[4 * i + 1];
+        v[i] = all[4 * i + 2], y[2 * i + 1] = all[4 * i + 3];
+    }
 }
 
-uint32_t tens(uint32_t a, uint32_t b, uint32_t c) { return a | b << 10 | c << 20; }
-
-// The group of six pixels at a place; y has six samples, u and v three each.
-void readGroup(const uint8_t* from, uint16_t* y, uint16_t* u, uint16_t* v) {
-    const Three first = tens(from), second = tens(from + 4), third = tens(from + 8), fourth = tens(from + 12);
-    u[0] = first.a, y[0] = first.b, v[0] = first.c;
-    y[1] = second.a, u[1] = second.b, y[2] = second.c;
-    v[1] = third.a, y[3] = third.b, u[2] = third.c;
-    y[4] = fourth.a, v[2] = fourth.b, y[5] = fourth.c;
-}
-
-void writeGroup(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* to) {
-    write<uint32_t>(to, tens(u[0], y[0], v[0]));
-    write<uint32_t>(to + 4, tens(y[1], u[1], y[2]));
-    write<uint32_t>(to + 8, tens(v[1], y[3], u[2]));
-    write<uint32_t>(to + 12, tens(y[4], v[2], y[5]));
+void joinTens(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* __restrict to, size_t samples) {
+    uint16_t all[kMostSamples];
+    for (size_t i = 0; i < samples / 4; ++i) {
+        all[4 * i] = u[i], all[4 * i + 1] = y[2 * i];
+        all[4 * i + 2] = v[i], all[4 * i + 3] = y[2 * i + 1];
+    }
+    for (size_t i = 0; i < samples / 3; ++i)
+        write<uint32_t>(to + 4 * i,
+                        uint32_t{all[3 * i]} | uint32_t{all[3 * i + 1]} << 10 | uint32_t{all[3 * i + 2]} << 20);
 }
 
 } // namespace
@@ -116,18 +134,12 @@ void packPlanar(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t
 
 void unpackPairs(const uint8_t* const* planes, uint16_t* y, uint16_t* u, uint16_t* v, size_t pixels) {
     widen(planes[0], y, pixels);
-    for (size_t i = 0; i < pairs(pixels); ++i) {
-        const auto pair = read<uint16_t>(planes[1] + 2 * i);
-        u[i] = pair & 255;
-        v[i] = pair >> 8;
-    }
+    splitPairs(planes[1], u, v, pairs(pixels));
 }
 
 void packPairs(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* const* planes, size_t pixels) {
     narrow(y, planes[0], pixels);
-    if (u == nullptr) return;
-    for (size_t i = 0; i < pairs(pixels); ++i)
-        write<uint16_t>(planes[1] + 2 * i, static_cast<uint16_t>(u[i] | v[i] << 8));
+    if (u != nullptr) joinPairs(u, v, planes[1], pairs(pixels));
 }
 
 void unpackLumaFirst(const uint8_t* const* planes, uint16_t* y, uint16_t* u, uint16_t* v, size_t pixels) {
@@ -147,27 +159,39 @@ void packChromaFirst(const uint16_t* y, const uint16_t* u, const uint16_t* v, ui
 }
 
 void unpackWords(const uint8_t* const* planes, uint16_t* y, uint16_t* u, uint16_t* v, size_t pixels) {
-    unpackWordPairs(planes, y, u, v, pixels, pairs(pixels));
+    widenTens(planes[0], y, pixels);
+    splitTenPairs(planes[1], u, v, pairs(pixels));
 }
 
 void packWords(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* const* planes, size_t pixels) {
-    packWordPairs(y, u, v, planes, pixels, pairs(pixels));
+    narrowTens(y, planes[0], pixels);
+    if (u != nullptr) joinTenPairs(u, v, planes[1], pairs(pixels));
 }
 
 void unpackFullWords(const uint8_t* const* planes, uint16_t* y, uint16_t* u, uint16_t* v, size_t pixels) {
-    unpackWordPairs(planes, y, u, v, pixels, pixels);
+    widenTens(planes[0], y, pixels);
+    splitTenPairs(planes[1], u, v, pixels);
 }
 
 void packFullWords(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* const* planes, size_t pixels) {
-    packWordPairs(y, u, v, planes, pixels, pixels);
+    narrowTens(y, planes[0], pixels);
+    if (u != nullptr) joinTenPairs(u, v, planes[1], pixels);
 }
 
 void unpackTens(const uint8_t* const* planes, uint16_t* y, uint16_t* u, uint16_t* v, size_t pixels) {
-    for (size_t i = 0; i < pixels; i += 6) readGroup(planes[0] + i / 6 * 16, y + i, u + i / 2, v + i / 2);
+    for (size_t x = 0; x < pixels; x += kYuvStep) {
+        const size_t count = pixels - x < kYuvStep ? pixels - x : kYuvStep;
+        splitTens(planes[0] + x / kGroupPixels * kGroupBytes, y + x, u + x / 2, v + x / 2,
+                  groups(count) * kGroupSamples);
+    }
 }
 
 void packTens(const uint16_t* y, const uint16_t* u, const uint16_t* v, uint8_t* const* planes, size_t pixels) {
-    for (size_t i = 0; i < pixels; i += 6) writeGroup(y + i, u + i / 2, v + i / 2, planes[0] + i / 6 * 16);
+    for (size_t x = 0; x < pixels; x += kYuvStep) {
+        const size_t count = pixels - x < kYuvStep ? pixels - x : kYuvStep;
+        joinTens(y + x, u + x / 2, v + x / 2, planes[0] + x / kGroupPixels * kGroupBytes,
+                 groups(count) * kGroupSamples);
+    }
 }
 
 } // namespace SIMD_LEVEL
