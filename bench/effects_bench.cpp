@@ -218,7 +218,7 @@ int main(int argc, char** argv) try {
     benchmark::RunSpecifiedBenchmarks();
     if (markdown.empty()) return 0;
     level.empty() ? writePage(markdown, rows, firstFrames) : appendLevel(markdown, level, rows);
-    if (!yuvRows.empty()) appendYuv(markdown, yuvRows);
+    if (level.empty() && !yuvRows.empty()) appendYuv(markdown, yuvRows);
     return 0;
 } catch (const std::exception& error) {
     std::cerr << "bench: " << error.what() << '\n';

@@ -85,4 +85,7 @@ testing::AssertionResult pixelsMatch(const YuvFrame& frame, int matrix, const st
 // Noise and extremes.
 std::vector<KRRGBA> randomPixels(Random& random, std::size_t count);
 
+// All four bytes.
+bool same(const KRRGBA& a, const KRRGBA& b);
+
 } // namespace test

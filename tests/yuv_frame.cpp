@@ -192,6 +192,10 @@ testing::AssertionResult pixelsMatch(const YuvFrame& frame, int matrix, const st
     return testing::AssertionSuccess();
 }
 
+bool same(const KRRGBA& a, const KRRGBA& b) {
+    return a.red == b.red && a.green == b.green && a.blue == b.blue && a.alpha == b.alpha;
+}
+
 std::vector<KRRGBA> randomPixels(Random& random, std::size_t count) {
     std::vector<KRRGBA> pixels(count);
     const auto code = [&] { return static_cast<std::uint8_t>(random.pick({0, 255, random.integer(0, 255)})); };
