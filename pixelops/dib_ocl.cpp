@@ -45,13 +45,15 @@ cl_float2 innerCentres(float from, float to) {
 std::int32_t copyUnchanged(cl_mem destination, cl_mem source, const Axis& x, const Axis& y, const ImageInfo& from,
                            cl_command_queue queue) {
     // Rounded, fractions may want one pixel more than there is.
+    const auto place = [](const Axis& axis, std::size_t count, std::size_t size) {
+        return static_cast<std::size_t>(
+            std::clamp(std::floor(axis.start + 0.5), 0.0, static_cast<double>(size - count)));
+    };
     const auto width = std::min(static_cast<std::size_t>(x.count()), from.width);
     const auto height = std::min(static_cast<std::size_t>(y.count()), from.height);
-    const auto left = static_cast<std::size_t>(std::clamp(std::floor(x.start + 0.5), 0.0, double(from.width - width)));
-    const auto top = static_cast<std::size_t>(std::clamp(std::floor(y.start + 0.5), 0.0, double(from.height - height)));
-    return copyModule.copyImage(queue, source, destination, {left, top, 0},
-                                {static_cast<std::size_t>(x.first), static_cast<std::size_t>(y.first), 0},
-                                {width, height, 1});
+    return copyModule.copyImage(
+        queue, source, destination, {place(x, width, from.width), place(y, height, from.height), 0},
+        {static_cast<std::size_t>(x.first), static_cast<std::size_t>(y.first), 0}, {width, height, 1});
 }
 
 std::int32_t copy(cl_mem destination, const KRRECTF& to, cl_mem source, const KRRECTF& from, float ratio,
