@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
@@ -47,6 +48,8 @@ const std::vector<YuvFormat> kFormats = {
 
 class Converter {
 public:
+    static constexpr std::size_t kFrames = 32; // in turn, so that none lies in a cache
+
     Converter(const host::Library& library, const YuvFormat& format)
         : toRgb_(reinterpret_cast<decltype(toRgb_)>(library.symbol("KrYUV_YUVToRGB"))),
           toYuv_(reinterpret_cast<decltype(toYuv_)>(library.symbol("KrYUV_RGBToYUV"))),
@@ -73,8 +76,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFrames = 32; // in turn, so that none lies in a cache
-
     std::array<void*, 3> planes() {
         std::uint8_t* frame = memory_[at_++ % kFrames].data();
         return {frame + offsets_[0], frame + offsets_[1], frame + offsets_[2]};
@@ -95,7 +96,8 @@ YuvRow measure(const YuvFormat& format, bool toRgb) {
     const host::Library library(host::Binary::fileOf(ORVIX_BUNDLE));
     Frames frames({kWidth, kHeight}, host::Depth::Byte);
     Converter converter(library, format);
-    for (std::size_t i = 0; i < 32; ++i) converter.toYuv(*frames.source()); // content, and pages of memory
+    for (std::size_t i = 0; i < Converter::kFrames; ++i)
+        converter.toYuv(*frames.source()); // content, and pages of memory
     std::vector<double> copies, conversions;
     for (int i = 0; i < kRepeats; ++i) {
         frames.advance();

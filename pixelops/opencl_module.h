@@ -48,10 +48,8 @@ public:
         const std::lock_guard guard(*api()->callLock);
         if (queue == nullptr) return KR_FAILED;
         cl_uint index = 0;
-        const auto set = [&](const auto& value) {
-            return api()->clSetKernelArg(kernels_[kernel], index++, sizeof value, &value) == CL_SUCCESS;
-        };
-        return (set(arguments) && ...) ? enqueue(kernel, queue, width, height) : KR_FAILED;
+        const bool set = (setArgument(kernels_[kernel], index++, &arguments) && ...);
+        return set ? enqueue(kernel, queue, width, height) : KR_FAILED;
     }
 
 private:
@@ -60,6 +58,10 @@ private:
     OpenCLApi* api() const {
         OpenCLApi* table = holder_ != nullptr ? *holder_ : nullptr;
         return table != nullptr && table->callLock != nullptr ? table : nullptr;
+    }
+    template <class T>
+    bool setArgument(cl_kernel kernel, cl_uint index, const T* value) {
+        return api()->clSetKernelArg(kernel, index, sizeof *value, value) == CL_SUCCESS;
     }
     std::int32_t enqueue(std::size_t kernel, cl_command_queue queue, std::size_t width, std::size_t height);
 

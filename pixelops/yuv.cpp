@@ -54,11 +54,14 @@ private:
     std::int32_t pitches_[3] = {};
 };
 
-// Asks for what will be read some blocks later. The place may lie beyond the frame.
-void prefetch(const std::uint8_t* block, std::size_t bytes) {
-    constexpr std::size_t kBlocks = 4, kLine = 64;
-    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(block) + kBlocks * bytes;
-    for (std::size_t i = 0; i < bytes; i += kLine) __builtin_prefetch(reinterpret_cast<const void*>(ahead + i));
+// Asks memory for the pixels that come a little later than x: in this row, or in the next where there is one.
+void prefetch(const std::uint8_t* row, const std::uint8_t* next, std::size_t x, std::size_t width) {
+    constexpr std::size_t kAhead = 2 * kBlock, kLine = 64;
+    std::size_t later = x + kAhead;
+    if (later >= width) row = next, later -= width;
+    if (row == nullptr || later >= width) return;
+    const std::size_t bytes = 4 * std::min(width - later, kBlock);
+    for (std::size_t i = 0; i < bytes; i += kLine) __builtin_prefetch(row + 4 * later + i);
 }
 
 std::size_t wholeSteps(std::size_t pixels) { return (pixels + kYuvStep - 1) / kYuvStep * kYuvStep; }
@@ -117,13 +120,14 @@ std::int32_t KrYUV_RGBToYUV(void* const planes[3], const std::int32_t pitches[3]
     Pixels copies[2];
     for (std::uint32_t y = 0; y < height; ++y) {
         const std::uint8_t* row = reinterpret_cast<const std::uint8_t*>(rgba) + offset(rgbaPitch, y);
+        const std::uint8_t* next = y + 1 < height ? row + rgbaPitch : nullptr;
         // Chroma waits for the last row that shares it: memory is then read in one stream.
-        const bool chroma = !format.halfHeight || y % 2 == 1 || y + 1 == height;
+        const bool chroma = !format.halfHeight || y % 2 == 1 || next == nullptr;
         const std::ptrdiff_t upper = format.halfHeight && y % 2 == 1 ? -std::ptrdiff_t{rgbaPitch} : 0;
         for (std::size_t x = 0; x < width; x += kBlock) {
             const std::size_t count = std::min(width - x, kBlock), steps = wholeSteps(count);
             const std::uint8_t* pixels = extended(row + 4 * x, count, copies[0]);
-            prefetch(pixels, 4 * count);
+            prefetch(row, next, x, width);
             pixelsToLuma(coefficients, pixels, samples.y, steps);
             if (chroma) {
                 const std::uint8_t* above = upper != 0 ? extended(row + upper + 4 * x, count, copies[1]) : pixels;
