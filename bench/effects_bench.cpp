@@ -1,17 +1,18 @@
 // Times every built effect through the real bundle and our host, each frame in turn with a plain streaming copy of a
 // frame of the same size and depth, and reports the ratio:
 // orvix_bench [EFFECT...] [--markdown FILE] [--benchmark_...]. With ORVIX_SIMD set: large frames on one thread alone.
+// The YUV converters follow, unless effects are named.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <set>
 
 #include "bench/frames.h"
+#include "bench/pixelops_bench.h"
 #include "bench/report.h"
+#include "bench/timing.h"
 #include "host/binary.h"
 #include "host/host.h"
 
@@ -48,9 +49,6 @@ const std::vector<Setting> kSettings = {
     {"clockwipe", "full feather", {{"Transition", "0.4"}, {"FeatherAngle", "360"}}},
 };
 
-// Frames that are timed; the median counts.
-constexpr int kRepeats = 31;
-
 std::string shortName(const std::string& identifier) { return identifier.substr(identifier.rfind(':') + 1); }
 
 std::vector<Setting> settingsOf(const std::string& effect) {
@@ -60,19 +58,6 @@ std::vector<Setting> settingsOf(const std::string& effect) {
     }
     if (found.empty()) found.push_back({effect, "default", {}});
     return found;
-}
-
-double median(std::vector<double> times) {
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
-}
-
-template <class Work>
-double milliseconds(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
 // One effect in one host with so many threads.
@@ -244,9 +229,12 @@ int main(int argc, char** argv) try {
         if (level.empty()) firstFrames.emplace_back(shortName(effect), firstFrameOf(argv[0], effect));
         addRows(effect, !level.empty(), rows);
     }
+    std::vector<YuvRow> yuvRows;
+    if (wanted.empty()) addYuvRows(yuvRows);
     benchmark::RunSpecifiedBenchmarks();
     if (markdown.empty()) return 0;
     level.empty() ? writePage(markdown, rows, firstFrames) : appendLevel(markdown, level, rows);
+    if (level.empty() && !yuvRows.empty()) appendYuv(markdown, yuvRows);
     return 0;
 } catch (const std::exception& error) {
     std::cerr << "bench: " << error.what() << '\n';

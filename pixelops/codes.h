@@ -1,74 +1,24 @@
-// For *_simd.cpp files only: vectors of byte pixels in integer arithmetic. Every component is a lane of its own, alpha
-// is every fourth; what is said of one component holds for all lanes.
+// Numbers to code values, defined for every number there is: doubles that no integer holds, infinities, and NaN.
 #pragma once
 
-#include "pixelops/lanes.h"
+#include <cstdint>
 
-namespace pixelops::SIMD_LEVEL {
+namespace pixelops {
 
-using Bytes = hn::ScalableTag<std::uint8_t>;
-using Codes = hn::Vec<Bytes>;
-inline constexpr std::size_t kCodes = HWY_LANES(std::uint8_t);
+// A code 0..255 as 0..1.
+inline double fromCode(std::uint8_t code) { return code * 0.00392156862745098; }
 
-inline Codes codes(const std::uint8_t (&pixel)[4]) {
-    std::uint32_t word;
-    std::memcpy(&word, pixel, sizeof word);
-    return hn::BitCast(Bytes(), hn::Set(hn::Repartition<std::uint32_t, Bytes>(), word));
+// Toward zero; at the ends of the type it stops. NaN is 0.
+inline std::int32_t truncated(double value) {
+    if (value >= 2147483647.0) return INT32_MAX;
+    if (value <= -2147483648.0) return INT32_MIN;
+    return value == value ? static_cast<std::int32_t>(value) : 0;
 }
 
-// Twice as wide, to calculate with: the components of even and of odd lanes.
-struct WideCodes {
-    using Tag = hn::Repartition<std::uint16_t, Bytes>;
-    using Lane = hn::Vec<Tag>;
-    Lane even, odd;
+// 0..1 as a code; numbers outside wrap around.
+inline std::uint8_t wrappedCode(double value) { return static_cast<std::uint8_t>(truncated(value * 255)); }
 
-    friend WideCodes operator+(WideCodes a, WideCodes b) { return {hn::Add(a.even, b.even), hn::Add(a.odd, b.odd)}; }
-    friend WideCodes operator*(WideCodes a, WideCodes b) { return {hn::Mul(a.even, b.even), hn::Mul(a.odd, b.odd)}; }
-    friend WideCodes difference(WideCodes a, WideCodes b) {
-        const auto size = [](Lane x, Lane y) { return hn::Sub(hn::Max(x, y), hn::Min(x, y)); };
-        return {size(a.even, b.even), size(a.odd, b.odd)};
-    }
-};
+// NaN is 0.
+inline double clampedUnit(double value) { return value > 0 ? value < 1 ? value : 1 : 0; }
 
-inline WideCodes widen(Codes c) {
-    const auto pairs = hn::BitCast(WideCodes::Tag(), c);
-    return {hn::And(pairs, hn::Set(WideCodes::Tag(), 0xFF)), hn::ShiftRight<8>(pairs)};
-}
-
-// Values must be below 256.
-inline Codes narrow(WideCodes w) { return hn::BitCast(Bytes(), hn::Or(w.even, hn::ShiftLeft<8>(w.odd))); }
-
-inline Codes narrowSaturated(WideCodes w) {
-    const auto most = hn::Set(WideCodes::Tag(), 255);
-    return narrow({hn::Min(w.even, most), hn::Min(w.odd, most)});
-}
-
-inline Codes difference(Codes a, Codes b) { return hn::Sub(hn::Max(a, b), hn::Min(a, b)); }
-
-// Each pixel's alpha in all of its lanes.
-inline Codes alphas(Codes c) {
-    alignas(16) static constexpr std::uint8_t kAlphaOf[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
-    return hn::TableLookupBytes(c, hn::LoadDup128(Bytes(), kAlphaOf));
-}
-
-// The colours of one pixel and the alpha of another.
-inline Codes withAlpha(Codes colours, Codes alpha) {
-    const auto lanes = codes({0, 0, 0, 255});
-    return hn::Or(hn::AndNot(lanes, colours), hn::And(lanes, alpha));
-}
-
-// Colours above their alpha become the alpha.
-inline Codes limited(Codes c) { return hn::Min(c, alphas(c)); }
-
-// Each block of a row of pixels becomes map(from...), of Codes.
-template <class Map, class... From>
-void forCodes(std::uint8_t* to, std::size_t pixels, const Map& map, const From*... from) {
-    constexpr std::size_t kBlock = 64;
-    const auto step = [&map](auto streamed, std::size_t, std::uint8_t* t, const auto*... s) {
-        for (std::size_t i = 0; i < kBlock; i += kCodes)
-            put<streamed>(map(hn::LoadU(Bytes(), s + i)...), Bytes(), t + i);
-    };
-    forBlocks<kBlock, 4>(to, 4 * pixels, step, from...);
-}
-
-} // namespace pixelops::SIMD_LEVEL
+} // namespace pixelops

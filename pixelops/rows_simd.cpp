@@ -1,7 +1,7 @@
 // Copies and table look-ups.
 #include "pixelops/rows.h"
 
-#include "pixelops/codes.h"
+#include "pixelops/byte_lanes.h"
 
 namespace pixelops {
 namespace SIMD_LEVEL {

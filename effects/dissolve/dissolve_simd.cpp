@@ -1,6 +1,6 @@
 // The rows of the ten dissolves.
 #include "effects/dissolve/mix.h"
-#include "pixelops/codes.h"
+#include "pixelops/byte_lanes.h"
 
 namespace dissolve {
 namespace SIMD_LEVEL {
