@@ -33,10 +33,10 @@ struct Sweep {
         const double kx = scaleX(aspect), ky = scaleY(aspect);
         const double right = (W - 1) * kx, bottom = (H - 1) * ky, X = x * kx, Y = y * ky;
         const auto along = [](double at, double length) { return length == 0 ? 0 : at / length; };
-        if (a <= 0.001 || a > 359.999) return along(X, right);
-        if (a > 89.999 && a <= 90.001) return along(Y, bottom);
-        if (a > 179.999 && a <= 180.001) return along(right - X, right);
-        if (a > 269.999 && a <= 270.001) return along(bottom - Y, bottom);
+        if (a <= double{0.001f} || a > double{359.999f}) return along(X, right);
+        if (a > double{89.999f} && a <= double{90.001f}) return along(Y, bottom);
+        if (a > double{179.999f} && a <= double{180.001f}) return along(right - X, right);
+        if (a > double{269.999f} && a <= double{270.001f}) return along(bottom - Y, bottom);
         // The edge's normal points from the corner where the wipe starts to the opposite one.
         const double radians = a * std::numbers::pi / 180, nx = std::cos(radians), ny = std::sin(radians);
         const double startX = a < 90 || a > 270 ? 0 : right, startY = a < 180 ? 0 : bottom;

@@ -46,18 +46,16 @@ flashProcessorBase::Sigmas flashProcessorBase::sigmas() const {
 template <class T, int N, int max, int bgra>
 void flashProcessor<T, N, max, bgra>::preProcess() {
     const Sigmas sigma = sigmas();
-    if (sigma.x <= 0 && sigma.y <= 0) return;
-    luma_.emplace(effect_, OFX::width(window), OFX::height(window), 1);
-    const pixelops::Plane& plane = luma_->plane();
-    OFX::MultiThread::stage(plane.height, [&](std::size_t first, std::size_t last) {
-        const OFX::RectI rows = {window.x1, window.y1 + static_cast<int>(first), window.x2,
-                                 window.y1 + static_cast<int>(last)};
+    const OFX::RectI area = this->area();
+    if ((sigma.x <= 0 && sigma.y <= 0) || OFX::empty(area)) return;
+    luma_.emplace(effect_, OFX::width(area), OFX::height(area), 1);
+    OFX::MultiThread::stage(luma_->plane().height, [&](std::size_t first, std::size_t last) {
+        const OFX::RectI rows = {area.x1, area.y1 + static_cast<int>(first), area.x2, area.y1 + static_cast<int>(last)};
         OFX::readRows<T, N>(rows, source(), abort(), [&](int x, int y, const T* pixels, std::size_t count) {
-            float* luma = plane.row(static_cast<std::size_t>(y - window.y1)) + (x - window.x1);
             if constexpr (max == 255) {
-                flash::lumaOfByteRow(bgra, pixels, luma, count);
+                flash::lumaOfByteRow(bgra, pixels, lumaAt(x, y), count);
             } else {
-                flash::lumaOfFloatRow(bgra, pixels, luma, count);
+                flash::lumaOfFloatRow(bgra, pixels, lumaAt(x, y), count);
             }
         });
     });
@@ -71,8 +69,7 @@ void flashProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band) {
     const auto tint = [this](std::size_t i) { return static_cast<float>(values.tint[i]); };
     const flash::Light light = {gain, white, {tint(bgra ? 2 : 0), tint(1), tint(bgra ? 0 : 2)}, bgra != 0};
     const auto row = [&](int x, int y, const auto& from, T* to, std::size_t pixels) {
-        const float* luma =
-            luma_ ? luma_->plane().row(static_cast<std::size_t>(y - window.y1)) + (x - window.x1) : nullptr;
+        const float* luma = luma_ ? lumaAt(x, y) : nullptr;
         if constexpr (max == 255) {
             flash::lightByteRow(light, from[0], luma, to, pixels);
         } else {

@@ -31,7 +31,13 @@ protected:
     };
     Sigmas sigmas() const;
 
-    std::optional<OFX::TemporaryPlane> luma_; // of the window, blurred; only with diffusion
+    // The part of the window that is rendered: hosts may ask for more than the image holds.
+    OFX::RectI area() const { return OFX::intersection(window, destination->bounds()); }
+    float* lumaAt(int x, int y) const {
+        return luma_->plane().row(static_cast<std::size_t>(y - area().y1)) + (x - area().x1);
+    }
+
+    std::optional<OFX::TemporaryPlane> luma_; // of the area, blurred; only with diffusion
 };
 
 OFX_STAGED_EFFECT_CLASSES(flash);
