@@ -2,6 +2,7 @@
 // threads.
 #pragma once
 
+#include <atomic>
 #include <functional>
 
 #include "ofx/image.h"
@@ -52,10 +53,16 @@ public:
 protected:
     // One stage of a job with several: the function runs over all rows of the area, split into bands like the render
     // itself.
-    static void stage(const RectI& area, const std::function<void(const RectI& band)>& function);
+    void stage(const RectI& area, const std::function<void(const RectI& band)>& function);
+    // The rows of a band one by one, on the processors that the host's threads leave idle (see pixelops/parallel.h).
+    // Stops when the host aborts.
+    void eachRow(const RectI& band, const std::function<void(const RectI& row)>& function) const;
     bool aborted() const;
 
     ImageEffect& effect_;
+
+private:
+    std::atomic<unsigned> threads_ = 1; // of the host, at work on the present stage
 };
 
 } // namespace OFX

@@ -66,6 +66,19 @@ private:
 
 #endif
 
+// For each byte of a vector, the place of its pixel's alpha.
+Codes alphaPlaces() {
+    alignas(16) static constexpr std::uint8_t kPlaces[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
+    return hn::LoadDup128(Bytes(), kPlaces);
+}
+
+// The bytes of one pixel, lowest first, for all.
+Codes everyPixel(std::uint32_t pixel) {
+    return hn::BitCast(Bytes(), hn::Set(hn::Repartition<std::uint32_t, Bytes>(), pixel));
+}
+
+constexpr std::uint32_t kAlpha = 0xFF000000;
+
 } // namespace
 
 void copyRow(const void* from, void* to, std::size_t bytes) {
@@ -83,9 +96,7 @@ void copyRow(const void* from, void* to, std::size_t bytes) {
 void applyTable(const ByteTable& byteTable, const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) {
     const Bytes d;
     const Table table(byteTable.results);
-    alignas(16) static constexpr std::uint8_t kAlphaOf[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
-    const Codes alphaOf = hn::LoadDup128(d, kAlphaOf);
-    const Codes alphaLanes = hn::BitCast(d, hn::Set(hn::Repartition<std::uint32_t, Bytes>(), 0xFF000000));
+    const Codes alphaOf = alphaPlaces(), alphaLanes = everyPixel(kAlpha);
     const auto step = [&](auto streamed, std::size_t, std::uint8_t* t, const std::uint8_t* s) {
         for (std::size_t i = 0; i < kBlock; i += kBytes) {
             const Codes codes = hn::LoadU(d, s + i);
@@ -96,9 +107,28 @@ void applyTable(const ByteTable& byteTable, const std::uint8_t* from, std::uint8
     forBlocks<kBlock, 4>(to, 4 * pixels, step, from);
 }
 
+void applyTableTo(std::uint32_t chosen, const ByteTable& byteTable, const std::uint8_t* from, std::uint8_t* to,
+                  std::size_t pixels) {
+    const Bytes d;
+    const Table table(byteTable.results);
+    const Codes alphaOf = alphaPlaces(), alphaLanes = everyPixel(kAlpha);
+    const auto mapped = hn::MaskFromVec(everyPixel(chosen));
+    const auto step = [&](auto streamed, std::size_t, std::uint8_t* t, const std::uint8_t* s) {
+        for (std::size_t i = 0; i < kBlock; i += kBytes) {
+            const Codes codes = hn::LoadU(d, s + i);
+            const Codes alphas = hn::TableLookupBytes(codes, alphaOf);
+            const Codes results = hn::Min(table(codes), hn::Or(alphas, alphaLanes)); // alpha's own has no limit
+            const auto clear = hn::Eq(alphas, hn::Zero(d));
+            put<streamed>(hn::IfThenZeroElse(clear, hn::IfThenElse(mapped, results, codes)), d, t + i);
+        }
+    };
+    forBlocks<kBlock, 4>(to, 4 * pixels, step, from);
+}
+
 } // namespace SIMD_LEVEL
 
 SIMD_FUNCTION(copyRow);
 SIMD_FUNCTION(applyTable);
+SIMD_FUNCTION(applyTableTo);
 
 } // namespace pixelops

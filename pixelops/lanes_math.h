@@ -1,0 +1,50 @@
+// For *_simd.cpp files only: look-ups and powers for vectors, with the same result for every length of vector.
+#pragma once
+
+#include "pixelops/lanes.h"
+
+namespace pixelops::SIMD_LEVEL {
+
+// Places in a table, one per lane.
+struct Indices {
+    using Tag = hn::RebindToSigned<Lanes::Tag>;
+    friend Lanes numbers(Indices i) { return hn::ConvertTo(Lanes::Tag(), i.v); }
+
+    hn::Vec<Tag> v;
+};
+
+// The nearest integers, ties to the even one.
+inline Indices nearest(Lanes a) { return {hn::NearestInt(a.v)}; }
+
+inline Lanes lookUp(const float* table, Indices at) { return hn::GatherIndex(Lanes::Tag(), table, at.v); }
+
+// log2 of positive normal numbers, within a few 1e-7 of the result or of 1, whichever is larger. Other numbers give
+// something, too.
+inline Lanes log2(Lanes x) {
+    // x = m 2^e with m from sqrt(1/2) to sqrt(2); the series of the area tangent converges fast there.
+    constexpr std::int32_t kRootOfHalf = 0x3F3504F3; // its bits
+    const Indices::Tag d;
+    const auto bits = hn::BitCast(d, x.v);
+    const auto e = hn::ShiftRight<23>(hn::Sub(bits, hn::Set(d, kRootOfHalf)));
+    const Lanes m = hn::BitCast(Lanes::Tag(), hn::Sub(bits, hn::ShiftLeft<23>(e)));
+    const Lanes s = (m - 1.0f) / (m + 1.0f), q = s * s;
+    const Lanes series =
+        s * (2.88539008f + q * (0.961796694f + q * (0.577078016f + q * (0.412198583f + q * 0.320598898f))));
+    return numbers(Indices{e}) + series;
+}
+
+// 2^x for x from -126 to 127, within a few 1e-7 of the result. Other numbers give something, too.
+inline Lanes exp2(Lanes x) {
+    const Indices::Tag d;
+    const Indices whole = nearest(x);
+    const Lanes f = (x - numbers(whole)) * 0.693147181f; // the natural exponent, at most half of ln 2
+    const Lanes tail = 1.0f / 24 + f * (1.0f / 120 + f * (1.0f / 720 + f * (1.0f / 5040)));
+    const Lanes series = 1.0f + f * (1.0f + f * (0.5f + f * (1.0f / 6 + f * tail)));
+    const Lanes power = hn::BitCast(Lanes::Tag(), hn::ShiftLeft<23>(hn::Add(whole.v, hn::Set(d, 127))));
+    return series * power;
+}
+
+// x^y for positive x, where the result is a normal number.
+inline Lanes pow(Lanes x, Lanes y) { return exp2(log2(x) * y); }
+
+} // namespace pixelops::SIMD_LEVEL
