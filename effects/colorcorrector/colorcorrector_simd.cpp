@@ -16,20 +16,18 @@ constexpr float kWhite<std::uint8_t> = 255;
 template <class T, unsigned kStages>
 void correct(const Correction& correction, const T* from, T* to, std::size_t pixels) {
     constexpr float kSteps = 255 * static_cast<float>(Correction::kStepsPerCode) / kWhite<T>; // of the table, per unit
-    const Correction* const table = &correction;
-    lanes::mapPixels(from, to, pixels, [table, saturation = correction.saturation](const pixelops::Pixel<Lanes>& p) {
+    const float* const table = &correction.entries[0].pushV;
+    const Lanes saturation = correction.entries[0].saturation;
+    lanes::mapPixels(from, to, pixels, [=](const pixelops::Pixel<Lanes>& p) {
         const Lanes blue = p.r, green = p.g, red = p.b; // by their places in memory, whatever the order
         Lanes luma = green * 0.587f + red * 0.299f + blue * 0.114f;
         Lanes u = (blue - luma) * 0.492f, v = (red - luma) * 0.877f;
         if constexpr ((kStages & (kTone | kWheels)) != 0) {
             Lanes step = luma * kSteps;
             if constexpr (kWhite<T> == 1) step = min(max(step, 0.0f), Correction::kLevels - 1.0f);
-            const lanes::Indices at = lanes::nearest(step);
-            luma = (kStages & kTone) != 0 ? lanes::lookUp(table->luma, at) : numbers(at) * (1 / kSteps);
-            if constexpr ((kStages & kWheels) != 0) {
-                u = u + lanes::lookUp(table->pushU, at);
-                v = v + lanes::lookUp(table->pushV, at);
-            }
+            const auto [pushV, pushU, newLuma, same] = lanes::lookUp(table, lanes::nearest(step));
+            luma = newLuma;
+            if constexpr ((kStages & kWheels) != 0) u = u + pushU, v = v + pushV;
         }
         if constexpr ((kStages & kSaturation) != 0) u = u * saturation, v = v * saturation;
         const auto limited = [&p](Lanes c) { return min(max(c, 0.0f), p.a); };

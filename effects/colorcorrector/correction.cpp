@@ -53,7 +53,8 @@ double exponentOf(double gamma) {
 }
 
 void fill(Correction& correction, const colorcorrectorValues& values, unsigned stages, double white) {
-    correction.saturation = static_cast<float>(values.saturation);
+    const auto saturation = static_cast<float>(values.saturation);
+    correction.entries[0] = {0, 0, 0, saturation};
     if ((stages & (kTone | kWheels)) == 0) return;
     const pixelops::ToneCurve curve(exponentOf(values.gamma));
     const auto inPixels = [white](double code) { return static_cast<float>(code * (white / 255)); };
@@ -67,9 +68,7 @@ void fill(Correction& correction, const colorcorrectorValues& values, unsigned s
             push.add(values.high, kHigh, luma);
             push.limit();
         }
-        correction.luma[k] = inPixels(luma);
-        correction.pushU[k] = inPixels(push.u);
-        correction.pushV[k] = inPixels(push.v);
+        correction.entries[k] = {inPixels(push.v), inPixels(push.u), inPixels(luma), saturation};
     }
 }
 

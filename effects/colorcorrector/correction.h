@@ -24,14 +24,16 @@ unsigned stagesOf(const colorcorrectorValues&);
 // The exponent of the tone curve. Above 1 the parameter brightens, below it darkens, more steeply.
 double exponentOf(double gamma);
 
-// What depends on luma alone, in steps of a quarter of an 8-bit code: the push of both colour differences and the new
-// luma. A column is only filled where a stage needs it. In units of the pixels, of which white has `white`.
+// What depends on luma alone, in steps of a quarter of an 8-bit code, in units of the pixels, of which white has
+// `white`. Where neither tone nor wheels are set, only the first entry's saturation is filled in.
 struct Correction {
     static constexpr std::size_t kLevels = 1024;
     static constexpr double kStepsPerCode = 4;
 
-    float saturation = 1;
-    float pushU[kLevels], pushV[kLevels], luma[kLevels];
+    struct Entry {
+        float pushV, pushU, luma, saturation;
+    };
+    Entry entries[kLevels];
 };
 
 void fill(Correction& correction, const colorcorrectorValues& values, unsigned stages, double white);
