@@ -90,6 +90,7 @@ void forRows(int count, unsigned callers, const std::function<bool()>& stopped, 
     Loop loop(stopped, row);
     const int workers = std::min(processors() / static_cast<int>(std::max(callers, 1u)), count);
     if (workers > 1) {
+        if (stopped()) return; // before the others start
         share(loop, count, workers);
     } else {
         for (int y = 0; y < count; ++y) loop.run(y, true);

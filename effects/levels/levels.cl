@@ -1,13 +1,13 @@
 // Levels; mirrors the CPU's mapping. range: input start, 1 / input range, output start, output range. curve: threshold,
-// slope below it, and above it ((x + s2) s3)^s4 s5 + s6.
+// slope below it, and above it ((x + s2) s3)^s4 s5 + s6; s7 is what the input start lacks in single precision.
 
 _Pragma("OPENCL FP_CONTRACT OFF")
 
-enum channel { all, first, second, third, all_and_alpha };
+enum channel { colors, first, second, third, colors_and_alpha };
 
 float level(float x, float4 range, float8 curve, int bytes)
 {
-    const float place = fmin(fmax((x - range.x) * range.y, 0.0f), 1.0f);
+    const float place = fmin(fmax((x - range.x - curve.s7) * range.y, 0.0f), 1.0f);
     const float bent = place < curve.s0 ? place * curve.s1
                                         : pow((place + curve.s2) * curve.s3, curve.s4) * curve.s5 + curve.s6;
     const float result = bent * range.w + range.z;
@@ -18,12 +18,12 @@ float level(float x, float4 range, float8 curve, int bytes)
 float4 map_pixel(float4 c, float4 range, float8 curve, int channel, int bytes)
 {
     if (!(c.w > 0.0f)) return (float4)(0.0f);
-    const int every = channel == all || channel == all_and_alpha;
+    const int every = channel == colors || channel == colors_and_alpha;
     float4 result = c;
     if (every || channel == first) result.x = fmin(level(c.x, range, curve, bytes), c.w);
     if (every || channel == second) result.y = fmin(level(c.y, range, curve, bytes), c.w);
     if (every || channel == third) result.z = fmin(level(c.z, range, curve, bytes), c.w);
-    if (channel == all_and_alpha) result.w = level(c.w, range, curve, bytes);
+    if (channel == colors_and_alpha) result.w = level(c.w, range, curve, bytes);
     return result;
 }
 
@@ -45,7 +45,7 @@ void map_at(__read_only image2d_t src, __write_only image2d_t dst, int width, in
 __kernel void kebd3ac110(__read_only image2d_t src, __write_only image2d_t dst, int width, int height, float4 range,
                          float8 curve)
 {
-    map_at(src, dst, width, height, range, curve, all, 1);
+    map_at(src, dst, width, height, range, curve, colors, 1);
 }
 
 __kernel void kebd3ac111(__read_only image2d_t src, __write_only image2d_t dst, int width, int height, float4 range,
@@ -69,13 +69,13 @@ __kernel void kebd3ac113(__read_only image2d_t src, __write_only image2d_t dst, 
 __kernel void kebd3ac114(__read_only image2d_t src, __write_only image2d_t dst, int width, int height, float4 range,
                          float8 curve)
 {
-    map_at(src, dst, width, height, range, curve, all_and_alpha, 1);
+    map_at(src, dst, width, height, range, curve, colors_and_alpha, 1);
 }
 
 __kernel void kebd3ac115(__read_only image2d_t src, __write_only image2d_t dst, int width, int height, float4 range,
                          float8 curve)
 {
-    map_at(src, dst, width, height, range, curve, all, 0);
+    map_at(src, dst, width, height, range, curve, colors, 0);
 }
 
 __kernel void kebd3ac116(__read_only image2d_t src, __write_only image2d_t dst, int width, int height, float4 range,
@@ -99,5 +99,5 @@ __kernel void kebd3ac118(__read_only image2d_t src, __write_only image2d_t dst, 
 __kernel void kebd3ac119(__read_only image2d_t src, __write_only image2d_t dst, int width, int height, float4 range,
                          float8 curve)
 {
-    map_at(src, dst, width, height, range, curve, all_and_alpha, 0);
+    map_at(src, dst, width, height, range, curve, colors_and_alpha, 0);
 }

@@ -11,7 +11,7 @@ using lanes::Lanes;
 template <bool kCurved>
 void mapRow(const FloatMapping& m, const float* from, float* to, std::size_t pixels) {
     const auto mapped = [m](Lanes x) {
-        Lanes place = min(max((x - m.inputStart) * m.perInput, 0.0f), 1.0f);
+        Lanes place = min(max((x - m.inputStart - m.inputStartRest) * m.perInput, 0.0f), 1.0f);
         if constexpr (kCurved) {
             const Lanes bent = lanes::pow((place + m.inner) * m.scale, m.exponent) * m.factor + m.outer;
             place = select(place < m.threshold, place * m.slope, bent);

@@ -43,6 +43,7 @@ FloatMapping floatMapping(const Mapping& mapping, Channel channel) {
     const bool inside = curve.exponent > 1; // where the curve's offset stands
     const auto single = [](double x) { return static_cast<float>(x); };
     return {.inputStart = single(mapping.inputStart),
+            .inputStartRest = single(mapping.inputStart - static_cast<double>(single(mapping.inputStart))),
             .perInput = single(1 / mapping.inputRange),
             .outputStart = single(mapping.outputStart),
             .outputRange = single(mapping.outputRange),

@@ -36,7 +36,8 @@ pixelops::ByteTable byteTable(const Mapping&);
 // The mapping as rows of floats need it. The curve is slope x below the threshold, and from there on
 // ((x + inner) scale)^exponent factor + outer.
 struct FloatMapping {
-    float inputStart, perInput, outputStart, outputRange;
+    float inputStart, inputStartRest; // both together are the start: steep curves need it to more than 24 bits
+    float perInput, outputStart, outputRange;
     float threshold, slope, inner, scale, exponent, factor, outer;
     bool curved;
     Channel channel;
