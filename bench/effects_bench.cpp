@@ -212,8 +212,9 @@ void addRows(const std::string& effect, bool level, std::vector<Row>& rows) {
 } // namespace
 
 int main(int argc, char** argv) try {
-    // A row counts the host's threads: the bundle's own loops, which read this when it is opened, add none.
-    setenv("OMP_NUM_THREADS", "1", 1);
+    // A row counts the host's threads: the bundle's own loops, which read this when it is opened, add none unless
+    // asked.
+    setenv("OMP_NUM_THREADS", "1", 0);
     benchmark::Initialize(&argc, argv);
     const auto isOption = [&](int i, const char* name) { return argv[i] == std::string(name) && i + 1 < argc; };
     std::set<std::string> wanted;

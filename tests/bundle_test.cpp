@@ -182,7 +182,9 @@ TEST(Log, IsSilentUnlessAskedAndTellsAsMuchAsItsLevel) {
 TEST(Log, NamesThePlannedEffectsThatAHostAsksFor) {
     const std::string log = runChild("ORVIX_LOG=error", "Child.DISABLED_MisusesTheBundle");
     for (const std::string& effect : kIdentifiers)
-        EXPECT_EQ(log.find(effect + " is not built yet") == std::string::npos, std::ranges::count(builtEffects(), effect) == 1) << effect;
+        EXPECT_EQ(log.find(effect + " is not built yet") == std::string::npos,
+                  std::ranges::count(builtEffects(), effect) == 1)
+            << effect;
 }
 
 TEST(Log, GoesToAFileThatItAppendsTo) {
