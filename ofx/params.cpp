@@ -67,11 +67,14 @@ template <class T>
 void setNumberProperties(const PropertySet& p, const Param& row, int count) {
     if (row.hasDefault) setComponents<T>(p, kOfxParamPropDefault, row.initial, count);
     if (!ranged(row.kind)) return;
-    const auto every = [](double x) { return std::array{x, x, x, x}; };
-    setComponents<T>(p, kOfxParamPropMin, every(row.range.min), count);
-    setComponents<T>(p, kOfxParamPropMax, every(row.range.max), count);
-    setComponents<T>(p, kOfxParamPropDisplayMin, every(row.display.min), count);
-    setComponents<T>(p, kOfxParamPropDisplayMax, every(row.display.max), count);
+    const auto every = [&row](Range first, double Range::*end) {
+        const double x = first.*end, other = row.others.value_or(first).*end;
+        return std::array{x, other, other, other};
+    };
+    setComponents<T>(p, kOfxParamPropMin, every(row.range, &Range::min), count);
+    setComponents<T>(p, kOfxParamPropMax, every(row.range, &Range::max), count);
+    setComponents<T>(p, kOfxParamPropDisplayMin, every(row.display, &Range::min), count);
+    setComponents<T>(p, kOfxParamPropDisplayMax, every(row.display, &Range::max), count);
 }
 
 void setLabels(const PropertySet& p, const char* label) {
@@ -114,12 +117,16 @@ void defineParam(OfxParamSetHandle set, const Param& row) {
         p.set(kOfxParamPropIncrement, row.increment);
         p.set(kOfxParamPropDigits, row.digits);
         p.set(kOfxParamPropDoubleType, toString(row.doubleType));
+        if (row.wheelLevel != 0) p.set(kOfxParamPropColorWheelLevel, row.wheelLevel);
     }
 }
 
 double withinRange(const Param& row, double x, std::size_t component) {
     if (std::isnan(x)) return row.initial[component];
-    return ranged(row.kind) ? std::clamp(x, row.range.min, row.range.max) : x;
+    if (row.kind == Kind::Choice && !row.unlimited)
+        return std::clamp(x, 0.0, std::max(0.0, static_cast<double>(row.options.size()) - 1));
+    const Range range = component == 0 ? row.range : row.others.value_or(row.range);
+    return ranged(row.kind) ? std::clamp(x, range.min, range.max) : x;
 }
 
 } // namespace

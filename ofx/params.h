@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <type_traits>
@@ -113,12 +114,15 @@ struct Param {
     bool hasDefault = true; // false: the host's own default stands
     Range range{};
     Range display = range;
+    std::optional<Range> others{}; // of the components after the first, display range too, where theirs differs
     double increment = 0.1;
     int digits = 3;
     DoubleType doubleType = DoubleType::Scale;
+    double wheelLevel = 0; // the luma at which hosts draw a colour wheel, for pairs of angle and magnitude
     bool animates = true;
     bool enabled = true;
     std::span<const char* const> options{};
+    bool unlimited = false; // a choice that may be none of the options: the effect sees what the host holds
     const char* text = ""; // default of a text
     const char* hint = "";
 

@@ -10,6 +10,7 @@
 #include "ofx/image_effect.h"
 #include "ofx/log.h"
 #include "ofx/suites.h"
+#include "pixelops/parallel.h"
 #include "pixelops/rows.h"
 
 namespace OFX {
@@ -82,6 +83,7 @@ RectI band(const RectI& window, unsigned index, unsigned count) {
 }
 
 void ImageProcessor::multiThreadFunction(unsigned index, unsigned count) {
+    threads_ = count;
     const RectI rows = band(window, index, count);
     if (!empty(rows)) processWindow(rows);
 }
@@ -95,6 +97,14 @@ void ImageProcessor::process() {
     }
     multiThread(0);
     postProcess();
+}
+
+void ImageProcessor::eachRow(const RectI& band, const std::function<void(const RectI&)>& function) const {
+    const auto stopped = [this] { return aborted(); };
+    pixelops::forRows(height(band), threads_, stopped, [&](int row) {
+        const int y = band.y1 + row;
+        function({band.x1, y, band.x2, y + 1});
+    });
 }
 
 bool ImageProcessor::aborted() const { return effect_.aborted(); }

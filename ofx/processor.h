@@ -2,6 +2,7 @@
 // threads.
 #pragma once
 
+#include <atomic>
 #include <functional>
 
 #include "ofx/image.h"
@@ -54,9 +55,15 @@ public:
     RectI window{}; // the render window, in pixels
 
 protected:
+    // The rows of a band one by one, on the processors that the host's threads leave idle (see pixelops/parallel.h).
+    // Stops when the host aborts.
+    void eachRow(const RectI& band, const std::function<void(const RectI& row)>& function) const;
     bool aborted() const;
 
     ImageEffect& effect_;
+
+private:
+    std::atomic<unsigned> threads_ = 1; // of the host, at work on the present stage
 };
 
 } // namespace OFX

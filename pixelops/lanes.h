@@ -45,9 +45,14 @@ struct Lanes {
     friend Lanes abs(Lanes a) { return hn::Abs(a.v); }
     friend Lanes sqrt(Lanes a) { return hn::Sqrt(a.v); }
     friend Lanes trunc(Lanes a) { return hn::Trunc(a.v); }
-    // The second number where the first is none.
+    // The second number where one of them is none.
+#if HWY_ARCH_X86
+    friend Lanes min(Lanes a, Lanes b) { return hn::Min(a.v, b.v); }
+    friend Lanes max(Lanes a, Lanes b) { return hn::Max(a.v, b.v); }
+#else
     friend Lanes min(Lanes a, Lanes b) { return select(a < b, a, b); }
     friend Lanes max(Lanes a, Lanes b) { return select(b < a, a, b); }
+#endif
 
     hn::Vec<Tag> v;
 };

@@ -31,4 +31,10 @@ extern const simd::Function<void(const ByteTable& table, const std::uint8_t* fro
                                  std::size_t pixels)>
     applyTable;
 
+// The same for chosen bytes of each pixel, 0xFF in `chosen`, whose lowest byte stands for the first in memory. Other
+// bytes stay; a chosen alpha becomes its result. A pixel with alpha 0 becomes four zeros.
+extern const simd::Function<void(std::uint32_t chosen, const ByteTable& table, const std::uint8_t* from,
+                                 std::uint8_t* to, std::size_t pixels)>
+    applyTableTo;
+
 } // namespace pixelops

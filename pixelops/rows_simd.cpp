@@ -85,9 +85,22 @@ void applyTable(const ByteTable& byteTable, const std::uint8_t* from, std::uint8
     forCodes(to, pixels, map, from);
 }
 
+void applyTableTo(std::uint32_t chosen, const ByteTable& byteTable, const std::uint8_t* from, std::uint8_t* to,
+                  std::size_t pixels) {
+    const Table table(byteTable.results);
+    const auto mapped = hn::MaskFromVec(hn::BitCast(Bytes(), hn::Set(hn::Repartition<std::uint32_t, Bytes>(), chosen)));
+    const auto map = [&](Codes c) {
+        const Codes alpha = alphas(c);
+        const Codes results = hn::Min(table(c), hn::Or(alpha, codes({0, 0, 0, 255}))); // alpha's own has no limit
+        return hn::IfThenZeroElse(hn::Eq(alpha, hn::Zero(Bytes())), hn::IfThenElse(mapped, results, c));
+    };
+    forCodes(to, pixels, map, from);
+}
+
 } // namespace SIMD_LEVEL
 
 SIMD_FUNCTION(copyRow);
 SIMD_FUNCTION(applyTable);
+SIMD_FUNCTION(applyTableTo);
 
 } // namespace pixelops

@@ -146,6 +146,63 @@ TEST(BrightnessAndContrast, DescribesItself) {
               (Names{"RM_CurrentFrame", "RM_CurrentMedia", "RM_EachFrameIndependently"}));
 }
 
+TEST(ColorCorrector, DescribesItself) {
+    Session session;
+    const Descriptor& general = session.plugin(kCorrector).describe();
+    EXPECT_EQ(general.label(), "Orvix Color Corrector");
+    EXPECT_EQ(general.contexts(), Names{"OfxImageEffectContextFilter"});
+    EXPECT_EQ(general.properties().getOr("OfxImageEffectPropHelpContextID", -1), 1255);
+
+    const Descriptor& descriptor = described(session, kCorrector);
+    const std::vector<std::pair<const char*, double>> wheels = {{"Low", 0.4}, {"Mid", 0.55}, {"High", 0.7}};
+    for (std::size_t i = 0; i < wheels.size(); ++i) {
+        const auto& [name, level] = wheels[i];
+        SCOPED_TRACE(name);
+        const host::Parameter& wheel = *descriptor.parameters().all().at(i);
+        const PropertySet& p = wheel.properties();
+        EXPECT_EQ(wheel.name(), name);
+        EXPECT_EQ(wheel.kind().type, std::string(kOfxParamTypeDouble2D));
+        using Numbers = std::vector<double>;
+        EXPECT_EQ(p.all<double>(kOfxParamPropDefault), (Numbers{0, 0}));
+        for (const char* min : {kOfxParamPropMin, kOfxParamPropDisplayMin})
+            EXPECT_EQ(p.all<double>(min), (Numbers{0, 0}));
+        for (const char* max : {kOfxParamPropMax, kOfxParamPropDisplayMax})
+            EXPECT_EQ(p.all<double>(max), (Numbers{360, 1}));
+        EXPECT_EQ(textOf(p, kOfxParamPropDoubleType), "OfxParamDoubleTypeChrominance");
+        EXPECT_EQ(p.getOr("OfxParamPropColorWheelLevel", -1.0), level);
+        EXPECT_EQ(p.getOr(kOfxParamPropAnimates, -1), 1);
+        EXPECT_THROW(wheel.parse("361,0"), std::exception);
+        EXPECT_THROW(wheel.parse("0,1.5"), std::exception) << "the magnitude has a range of its own";
+        EXPECT_EQ(wheel.parse("360,1").numbers[0], 360);
+    }
+    ASSERT_EQ(descriptor.parameters().all().size(), 8u);
+    const Row rows[] = {{"Saturation", kDouble, "Saturation", "", {1}, 0, 3},
+                        {"Gamma", kDouble, "Gamma", "", {1}, 0, 2},
+                        {"Gain", kDouble, "Gain", "", {1}, 0, 2},
+                        {"Offset", kDouble, "Offset", "", {0}, -254, 254}};
+    for (std::size_t i = 0; i < 4; ++i) expectRow(rows[i], *descriptor.parameters().all()[i + 3]);
+}
+
+TEST(Levels, DescribesItself) {
+    Session session;
+    const Descriptor& general = session.plugin(kLevels).describe();
+    EXPECT_EQ(general.label(), "Orvix Levels");
+    EXPECT_EQ(general.contexts(), Names{"OfxImageEffectContextFilter"});
+    EXPECT_EQ(general.properties().getOr("OfxImageEffectPropHelpContextID", -1), 1268);
+    const Descriptor& descriptor = described(session, kLevels);
+    expectRows(
+        {
+            {"Channel", kOfxParamTypeChoice, "Channel", "", {0}},
+            {"InputStart", kDouble, "Input start", "", {0}},
+            {"InputEnd", kDouble, "Input end", "", {1}},
+            {"OutputStart", kDouble, "Output start", "", {0}},
+            {"OutputEnd", kDouble, "Output end", "", {1}},
+            {"Gamma", kDouble, "Gamma", "", {1}, 0.45, 5},
+        },
+        descriptor);
+    EXPECT_EQ(descriptor.parameters().at("Channel").options(), (Names{"All", "Red", "Green", "Blue", "Alpha"}));
+}
+
 // ---- what holds for all
 
 INSTANTIATE_TEST_SUITE_P(Described, EveryEffect, testing::ValuesIn(builtEffects()), effectName);

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <atomic>
+#include <cmath>
 #include <cstring>
 #include <thread>
 
@@ -111,6 +112,42 @@ TEST_F(OpenCLCalls, BrightnessAndContrastSetsItsArgumentsInOrder) {
     EXPECT_EQ(valueOf<int>(arguments[2]), std::vector{1920});
     EXPECT_EQ(valueOf<int>(arguments[3]), std::vector{1080});
     EXPECT_EQ(valueOf<float>(arguments[4]), (std::vector<float>{0.25f, -0.5f, 0.75f, 0}));
+}
+
+TEST_F(OpenCLCalls, ColorCorrectorSetsItsArgumentsInOrder) {
+    Session session(options());
+    const auto instance = session.make(kCorrector, {{"Low", {10, 0.25}},
+                                                    {"Mid", {20, 0.5}},
+                                                    {"High", {30, 0.75}},
+                                                    {"Gamma", {0.5}},
+                                                    {"Gain", {1.5}},
+                                                    {"Offset", {51}}});
+    instance->clip("Source").connect(picture(kBytes, kHD));
+    ASSERT_EQ(render(*instance, kHD), kOfxStatOK);
+    const auto arguments = callsOf("clSetKernelArg");
+    ASSERT_EQ(sizes(arguments), (std::vector<std::size_t>{8, 8, 64, 4, 4, 4, 4, 4, 4}));
+    EXPECT_NE(arguments[0].value, arguments[1].value); // source and destination
+    const auto block = valueOf<float>(arguments[2]);
+    // Gamma 0.5 gives the exponent 2; the rest of the curve follows from that.
+    const double t = std::pow(0.5, -0.9418051973077521) * 0.03818376618407356, s = std::pow(0.5, 1.8836103946155043);
+    const double q = std::sqrt(s * t), a = (t - q) / (q - 1);
+    const double expected[] = {10, 0.25, 20, 0.5, 30, 0.75, 0.2, 0, 1.5, 1, 2, t, a, s, 1 / (a + 1), 0};
+    for (std::size_t i = 0; i < 16; ++i) EXPECT_NEAR(block[i], expected[i], 1e-6) << i;
+    const int integers[] = {1, 0, 1, 5, 1920, 1080}; // tone, saturation, wheels, all three as bits, the size
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(valueOf<int>(arguments[i + 3]), std::vector{integers[i]}) << i;
+}
+
+TEST_F(OpenCLCalls, LevelsHaveAKernelPerDepthAndChannel) {
+    Session session(options());
+    const auto instance = session.make(kLevels, {{"InputStart", {0.25}}, {"OutputStart", {1}}, {"OutputEnd", {0.5}}});
+    EXPECT_EQ(callsOf("clCreateKernel").size(), 10u);
+    instance->clip("Source").connect(picture(kBytes, kHD));
+    ASSERT_EQ(render(*instance, kHD), kOfxStatOK);
+    const auto arguments = callsOf("clSetKernelArg");
+    ASSERT_EQ(sizes(arguments), (std::vector<std::size_t>{8, 8, 4, 4, 16, 32}));
+    EXPECT_EQ(valueOf<int>(arguments[2]), std::vector{1920});
+    EXPECT_EQ(valueOf<int>(arguments[3]), std::vector{1080});
+    EXPECT_EQ(valueOf<float>(arguments[4]), (std::vector<float>{0.25f, 1 / 0.75f, 1, -0.5f}));
 }
 
 // The calls of one render between two pictures; the first three arguments are the images.

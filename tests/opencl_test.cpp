@@ -107,6 +107,55 @@ TEST_F(OpenCL, BrightnessAndContrastFollowsTheCPU) {
     }
 }
 
+TEST_F(OpenCL, ColorCorrectorFollowsTheCPU) {
+    Random random(8);
+    for (int i = 0; i < 16; ++i) {
+        // Every combination of stages, and none.
+        const bool tone = i & 1, saturation = i & 2, wheels = i & 4;
+        const auto wheel = [&] { return std::vector{random.real(0, 360), wheels ? random.real(0, 1) : 0}; };
+        const Settings settings = {{"Low", wheel()},
+                                   {"Mid", wheel()},
+                                   {"High", wheel()},
+                                   {"Saturation", {saturation ? random.real(0, 3) : 1}},
+                                   {"Gamma", {tone ? random.pick({1.0, 2.0, 0.05, random.real(0, 2)}) : 1}},
+                                   {"Gain", {tone ? random.real(0, 2) : 1}},
+                                   {"Offset", {tone ? random.real(-60, 60) : 0}}};
+        for (const Format& format : kOnDevices) {
+            Session session(options());
+            const auto instance = session.make(kCorrector, settings);
+            instance->clip("Source").connect(picture(format, kBounds, 7));
+            // Bytes round at other places where the last bit differs; red-first and blue-first differ in both alike.
+            const Difference difference =
+                compare(*render(*instance, format, kBounds, 1, false), *render(*instance, format, kBounds, 1, true),
+                        format.depth == Depth::Byte ? 1 : 1e-5);
+            EXPECT_EQ(difference.pixels, 0) << i << ": " << difference.largest;
+            if (i % 8 == 0) {
+                EXPECT_EQ(difference.largest, 0) << "neutral settings are a copy";
+            }
+        }
+    }
+}
+
+TEST_F(OpenCL, LevelsFollowTheCPUInEveryChannel) {
+    Random random(9);
+    for (int i = 0; i < 20; ++i) {
+        const auto end = [&](double usual) { return std::vector{random.pick({usual, random.real(0, 1)})}; };
+        const Settings settings = {
+            {"Channel", {i % 5 * 1.0}}, {"InputStart", end(0)},
+            {"InputEnd", end(1)},       {"OutputStart", end(0)},
+            {"OutputEnd", end(1)},      {"Gamma", {i < 5 ? 1 : random.pick({0.45, 5.0, random.real(0.45, 5)})}}};
+        for (const Format& format : kOnDevices) {
+            Session session(options());
+            const auto instance = session.make(kLevels, settings);
+            instance->clip("Source").connect(picture(format, kBounds, 7));
+            const Difference difference =
+                compare(*render(*instance, format, kBounds, 1, false), *render(*instance, format, kBounds, 1, true),
+                        format.depth == Depth::Byte ? 1 : 1e-5);
+            EXPECT_EQ(difference.pixels, 0) << i << ": " << difference.largest;
+        }
+    }
+}
+
 TEST_F(OpenCL, CheckerboardFollowsTheCPU) {
     Random random(5);
     for (int i = 0; i < 24; ++i) {

@@ -13,6 +13,7 @@ using namespace test;
 constexpr OfxRectI kWide = {0, 0, 5003, 3};
 
 class EveryEffectOfOneGrid : public EveryEffect {};
+class EveryEffectOfNamedColors : public EveryEffect {};
 
 std::vector<std::string> without(std::initializer_list<std::string> left) {
     std::vector<std::string> effects = builtEffects();
@@ -25,6 +26,8 @@ class EveryEffectWithoutGeometry : public EveryEffect {};
 INSTANTIATE_TEST_SUITE_P(Properties, EveryEffect, testing::ValuesIn(builtEffects()), effectName);
 // The checkerboard's grid restarts in every band and in every window; its own tests say how.
 INSTANTIATE_TEST_SUITE_P(Properties, EveryEffectOfOneGrid, testing::ValuesIn(without({kCheckerboard})), effectName);
+// The color corrector takes components by their places in memory.
+INSTANTIATE_TEST_SUITE_P(Properties, EveryEffectOfNamedColors, testing::ValuesIn(without({kCorrector})), effectName);
 
 TEST_P(EveryEffectOfOneGrid, PaintsTheSameWithAnyNumberOfThreads) {
     for (const Format format : kRendered)
@@ -55,7 +58,7 @@ TEST_P(EveryEffectWithoutGeometry, PaintsAWindowAsItPaintsTheWhole) {
     }
 }
 
-TEST_P(EveryEffect, PaintsTheSameInBothOrders) {
+TEST_P(EveryEffectOfNamedColors, PaintsTheSameInBothOrders) {
     for (const Depth depth : {Depth::Byte, Depth::Float})
         for (const OfxRectI& bounds : {kBounds, kWide}) {
             const auto red = painted({depth}, bounds), blue = painted({depth, Components::RGBA, Order::BGRA}, bounds);

@@ -68,10 +68,14 @@ void set(Instance& instance, const Settings& settings) {
 
 void setUnusual(Instance& instance) {
     for (const auto& parameter : instance.parameters().all()) {
-        if (parameter->kind().type != std::string(kOfxParamTypeDouble)) continue;
-        const double initial = parameter->defaultValue().numbers[0];
-        const double max = parameter->properties().get<double>(kOfxParamPropMax);
-        parameter->set({{initial + (max - initial) / 3}, {}});
+        const std::string type = parameter->kind().type;
+        if (type != kOfxParamTypeDouble && type != kOfxParamTypeDouble2D) continue;
+        host::Value value = parameter->defaultValue();
+        for (int i = 0; i < parameter->kind().components; ++i) {
+            double& number = value.numbers[static_cast<std::size_t>(i)];
+            number += (parameter->properties().get<double>(kOfxParamPropMax, i) - number) / 3;
+        }
+        parameter->set(value);
     }
     if (instance.parameters().find("Color1")) set(instance, {{"Color1", {0.9, 0.4, 0.1, 0.8}}});
 }

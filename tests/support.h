@@ -19,6 +19,8 @@ using host::Components, host::Depth, host::Format, host::Image, host::Instance, 
 
 inline constexpr const char* kCheckerboard = "com.orvixstudioworks:checkerboard";
 inline constexpr const char* kBrightness = "com.orvixstudioworks:brightnessandcontrast";
+inline constexpr const char* kCorrector = "com.orvixstudioworks:colorcorrector";
+inline constexpr const char* kLevels = "com.orvixstudioworks:levels";
 
 inline constexpr Format kBytes{Depth::Byte}, kFloats{Depth::Float};
 inline constexpr Format kBytesBGRA{Depth::Byte, Components::RGBA, Order::BGRA};
@@ -55,7 +57,7 @@ std::string shortName(const std::string& effect);
 inline std::string effectName(const testing::TestParamInfo<std::string>& test) { return shortName(test.param); }
 
 void set(Instance& instance, const Settings& settings);
-// Every ranged double a third of the way from its default to its maximum, so that no effect is neutral, and colours
+// Every ranged number a third of the way from its default to its maximum, so that no effect is neutral, and colours
 // that tell the channels apart.
 void setUnusual(Instance& instance);
 // A picture of its own for every input.

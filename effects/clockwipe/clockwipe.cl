@@ -2,15 +2,17 @@
 
 _Pragma("OPENCL FP_CONTRACT OFF")
 
-    // Bytes mix in 256ths, truncated towards zero.
-    float4 mixed(float4 f, float4 t, float weight, int bytes) {
+// Bytes mix in 256ths, truncated towards zero.
+float4 mixed(float4 f, float4 t, float weight, int bytes)
+{
     if (!bytes) return (t - f) * weight + f;
     const int4 from = convert_int4(f * 255.0f + 0.5f), to = convert_int4(t * 255.0f + 0.5f);
     return convert_float4(from + (to - from) * (int)(weight * 255.0f + 0.5f) / 256) / 255.0f;
 }
 
 __kernel void k2f90d1a860(__read_only image2d_t from, __read_only image2d_t to, __write_only image2d_t dst, int width,
-                          int height, int direction, float p, float2 aspect, float feather_angle) {
+                          int height, int direction, float p, float2 aspect, float feather_angle)
+{
     const sampler_t nearest = CLK_NORMALIZED_COORDS_FALSE | CLK_ADDRESS_CLAMP_TO_EDGE | CLK_FILTER_NEAREST;
     const int2 at = (int2)(get_global_id(0), get_global_id(1));
     if (at.x >= width || at.y >= height) return; // the global size is rounded up

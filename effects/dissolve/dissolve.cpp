@@ -25,7 +25,8 @@ constexpr const char* kModes[] = {
 // clang-format off
 constexpr OFX::Param kParams[] = {
     OFX::transitionProgress<&Values::progress>,
-    {.name = "Type", .field = OFX::at<&Values::mode>, .options = kModes, .hint = "How one picture becomes the other."},
+    {.name = "Type", .field = OFX::at<&Values::mode>, .options = kModes, .unlimited = true,
+     .hint = "How one picture becomes the other."},
     {.name = "ColorBleedSpeed", .label = "Color bleed speed", .kind = OFX::Kind::Group},
     {.name = "ColorBleedSpeedRed", .label = "Red", .field = OFX::at<&Values::bleedRed>, .parent = "ColorBleedSpeed",
      .enabled = false, .hint = "How far red drains and fills ahead of slower channels."},

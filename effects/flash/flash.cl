@@ -3,9 +3,9 @@
 
 _Pragma("OPENCL FP_CONTRACT OFF")
 
-    __kernel
-    void k0f4ab6d310(__read_only image2d_t src, __read_only image2d_t first, __read_only image2d_t second, float share,
-                     __write_only image2d_t dst, int width, int height, float white, float4 light) {
+__kernel void k0f4ab6d310(__read_only image2d_t src, __read_only image2d_t first, __read_only image2d_t second,
+                          float share, __write_only image2d_t dst, int width, int height, float white, float4 light)
+{
     const sampler_t nearest = CLK_NORMALIZED_COORDS_FALSE | CLK_ADDRESS_CLAMP_TO_EDGE | CLK_FILTER_NEAREST;
     const int2 at = (int2)(get_global_id(0), get_global_id(1));
     if (at.x >= width || at.y >= height) return; // the global size is rounded up
