@@ -31,6 +31,8 @@ const std::vector<Setting> kSettings = {
     {"checkerboard", "soft", {{"EdgeBlendingHorizontal", "1"}}},
     {"brightnessandcontrast", "neutral", {}},
     {"brightnessandcontrast", "both", {{"Brightness", "0.1"}, {"Contrast", "0.3"}}},
+    {"chromakeyer", "default", {}},
+    {"chromakeyer", "blur", {{"BlurAmount", "0.02"}}},
     {"colorcorrector", "tone", {{"Gamma", "1.2"}}},
     {"colorcorrector", "saturation", {{"Saturation", "1.3"}}},
     {"colorcorrector", "tone+saturation", {{"Gamma", "1.2"}, {"Saturation", "1.3"}}},

@@ -38,8 +38,8 @@ TemporaryPlane::~TemporaryPlane() {
     }
 }
 
-void TemporaryPlane::blur(double sigmaX, double sigmaY) {
-    const pixelops::GaussianBlur blur(plane_, sigmaX, sigmaY);
+void TemporaryPlane::blur(double sigmaX, double sigmaY, pixelops::Edge edge) {
+    const pixelops::GaussianBlur blur(plane_, sigmaX, sigmaY, edge);
     MultiThread::stage(blur.columnPieces(), [&](auto first, auto last) { blur.blurColumns(first, last); });
     MultiThread::stage(blur.rowPieces(), [&](auto first, auto last) { blur.blurRows(first, last); });
 }

@@ -20,7 +20,7 @@ public:
 
     const pixelops::Plane& plane() const { return plane_; }
     // Blurs in place; sigmas in pixels. Throws std::bad_alloc.
-    void blur(double sigmaX, double sigmaY);
+    void blur(double sigmaX, double sigmaY, pixelops::Edge edge = pixelops::Edge::Repeat);
 
 private:
     void* memory_ = nullptr;

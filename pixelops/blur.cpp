@@ -48,11 +48,22 @@ struct ExactSection {
     double n0, n1, m1, m2, d1, d2, forward, backward;
 };
 
+// What a line of ones inside the edges must be multiplied with to stay a line of ones.
+std::vector<float> scalesOf(const Gaussian& gaussian, std::size_t length) {
+    if (gaussian.edge == Edge::Repeat || gaussian.taps == 0) return {};
+    const Bundles bundles(length);
+    std::fill_n(bundles.lines(), length * kBundle, 1.0f);
+    blurBundle(gaussian, nullptr, bundles.lines(), bundles.room(), length);
+    std::vector<float> scales(length);
+    for (std::size_t i = 0; i < length; ++i) scales[i] = 1 / bundles.lines()[i * kBundle];
+    return scales;
+}
+
 } // namespace
 
 double sigmaAtRadius(double radius) { return radius / std::sqrt(2 * std::log(255.0)); }
 
-Gaussian::Gaussian(double sigma) {
+Gaussian::Gaussian(double sigma, Edge beyond) : edge(beyond) {
     if (!(sigma >= 0.15)) return; // the neighbours would get less than a part in 10^9
     if (sigma < 2) {
         taps = static_cast<int>(std::ceil(sigma * std::sqrt(2 * std::log(255.0))));
@@ -79,6 +90,13 @@ Gaussian::Gaussian(double sigma) {
     }
 }
 
+GaussianBlur::GaussianBlur(const Plane& plane, double sigmaX, double sigmaY, Edge edge)
+    : plane_(plane),
+      x_(sigmaX, edge),
+      y_(sigmaY, edge),
+      scalesX_(scalesOf(x_, plane.width)),
+      scalesY_(scalesOf(y_, plane.height)) {}
+
 std::size_t GaussianBlur::columnPieces() const { return y_.taps == 0 ? 0 : (plane_.stride() + kBundle - 1) / kBundle; }
 
 std::size_t GaussianBlur::rowPieces() const {
@@ -91,7 +109,7 @@ void GaussianBlur::blurColumns(std::size_t firstPiece, std::size_t lastPiece) co
         const std::size_t left = piece * kBundle, width = std::min(kBundle, plane_.stride() - left);
         for (std::size_t y = 0; y < plane_.height; ++y)
             std::copy_n(plane_.row(y) + left, width, bundles.lines() + y * kBundle);
-        blurBundle(y_, bundles.lines(), bundles.room(), plane_.height);
+        blurBundle(y_, scalesY_.empty() ? nullptr : scalesY_.data(), bundles.lines(), bundles.room(), plane_.height);
         for (std::size_t y = 0; y < plane_.height; ++y)
             std::copy_n(bundles.lines() + y * kBundle, width, plane_.row(y) + left);
     }
@@ -101,7 +119,7 @@ void GaussianBlur::blurRows(std::size_t firstPiece, std::size_t lastPiece) const
     const Bundles bundles(plane_.width);
     for (std::size_t piece = firstPiece; piece < lastPiece; ++piece) {
         bundleRows(plane_, piece * rowsOfPiece(), bundles.lines());
-        blurBundle(x_, bundles.lines(), bundles.room(), plane_.width);
+        blurBundle(x_, scalesX_.empty() ? nullptr : scalesX_.data(), bundles.lines(), bundles.room(), plane_.width);
         unbundleRows(plane_, piece * rowsOfPiece(), bundles.lines());
     }
 }

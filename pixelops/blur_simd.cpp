@@ -27,12 +27,14 @@ inline Lanes advance(State& s, Lanes p, Lanes x, Lanes q, Lanes other, Lanes d1,
     return y;
 }
 
-void recur(const Gaussian::Section (&s)[2], float* lines, float* room, std::size_t length) {
-    const Lanes zero = 0.0f;
+template <bool kScaled>
+void recur(const Gaussian& g, const float* scales, float* lines, float* room, std::size_t length) {
+    const Gaussian::Section(&s)[2] = g.sections;
+    const Lanes zero = 0.0f, beyond = g.edge == Edge::Repeat ? 1.0f : 0.0f;
     State one[kSide] = {{zero, zero}, {zero, zero}}, two[kSide] = {{zero, zero}, {zero, zero}};
     Vectors x = {zero, zero}, x2 = {zero, zero}; // the neighbour's, and the one beyond
     for (std::size_t i = 0; i < kSide; ++i) {
-        x[i] = at(lines, i);
+        x[i] = at(lines, i) * beyond;
         one[i].last = one[i].before = x[i] * s[0].forwardStart;
         two[i].last = two[i].before = x[i] * s[1].forwardStart;
     }
@@ -45,7 +47,7 @@ void recur(const Gaussian::Section (&s)[2], float* lines, float* room, std::size
         }
     }
     for (std::size_t i = 0; i < kSide; ++i) {
-        x2[i] = x[i];
+        x[i] = x2[i] = x[i] * beyond;
         one[i].last = one[i].before = x[i] * s[0].backwardStart;
         two[i].last = two[i].before = x[i] * s[1].backwardStart;
     }
@@ -54,23 +56,28 @@ void recur(const Gaussian::Section (&s)[2], float* lines, float* room, std::size
         for (std::size_t i = 0; i < kSide; ++i) {
             const Lanes now = at(lines, i);
             const Lanes y = advance(one[i], s[0].m1, x[i], s[0].m2, x2[i], s[0].d1, s[0].d2);
-            put(at(room, i) + (y + advance(two[i], s[1].m1, x[i], s[1].m2, x2[i], s[1].d1, s[1].d2)), lines, i);
+            Lanes sum = at(room, i) + (y + advance(two[i], s[1].m1, x[i], s[1].m2, x2[i], s[1].d1, s[1].d2));
+            if constexpr (kScaled) sum = sum * scales[length - 1 - n];
+            put(sum, lines, i);
             x2[i] = x[i], x[i] = now;
         }
     }
 }
 
 // The weighted sum of neighbours, out of one bundle into another.
-void average(const Gaussian& g, const float* lines, float* room, std::size_t length) {
+void average(const Gaussian& g, const float* scales, const float* lines, float* room, std::size_t length) {
     const auto taps = static_cast<std::size_t>(g.taps);
+    const bool inside = g.edge == Edge::Inside;
     for (std::size_t n = 0; n < length; ++n) {
         for (std::size_t i = 0; i < kBundle / kLanes; ++i) {
             Lanes sum = at(lines + n * kBundle, i) * g.weights[0];
             for (std::size_t k = 1; k <= taps; ++k) {
-                const std::size_t before = n < k ? 0 : n - k, after = n + k < length ? n + k : length - 1;
-                sum = sum + (at(lines + before * kBundle, i) + at(lines + after * kBundle, i)) * g.weights[k];
+                const bool first = n < k, last = n + k >= length;
+                const Lanes before = first && inside ? Lanes(0.0f) : at(lines + (first ? 0 : n - k) * kBundle, i);
+                const Lanes after = last && inside ? Lanes(0.0f) : at(lines + (last ? length - 1 : n + k) * kBundle, i);
+                sum = sum + (before + after) * g.weights[k];
             }
-            put(sum, room + n * kBundle, i);
+            put(scales != nullptr ? sum * scales[n] : sum, room + n * kBundle, i);
         }
     }
 }
@@ -94,11 +101,12 @@ inline void turn(Quads& q) {
 
 } // namespace
 
-void blurBundle(const Gaussian& g, float* lines, float* room, std::size_t length) {
+void blurBundle(const Gaussian& g, const float* scales, float* lines, float* room, std::size_t length) {
     if (g.taps < 0) {
-        for (std::size_t k = 0; k < kBundle; k += kSide * kLanes) recur(g.sections, lines + k, room + k, length);
+        for (std::size_t k = 0; k < kBundle; k += kSide * kLanes)
+            (scales != nullptr ? recur<true> : recur<false>)(g, scales, lines + k, room + k, length);
     } else {
-        average(g, lines, room, length);
+        average(g, scales, lines, room, length);
         std::memcpy(lines, room, length * kBundle * sizeof(float));
     }
 }

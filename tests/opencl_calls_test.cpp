@@ -225,6 +225,39 @@ TEST_F(OpenCLCalls, FlashBlursInPassesAndKeepsNoImages) {
     library().failing.clear();
 }
 
+TEST_F(OpenCLCalls, ChromaKeyerSetsItsArgumentsInOrder) {
+    Session session(options());
+    const auto instance = session.make(kKeyer, {{"color", {0, 1, 0}}, {"LowThreshold", {0.25}}, {"ShowMaskOnly", {1}}});
+    instance->clip("Source").connect(picture(kBytes, kHD));
+    ASSERT_EQ(render(*instance, kHD), kOfxStatOK);
+    const auto hard = callsOf("clSetKernelArg");
+    ASSERT_EQ(sizes(hard), (std::vector<std::size_t>{8, 8, 4, 4, 4, 16, 16}));
+    EXPECT_EQ(valueOf<int>(hard[4]), std::vector{1});
+    EXPECT_EQ(valueOf<float>(hard[5]), (std::vector<float>{0, 1, 0, 0.25f}));
+    EXPECT_EQ(valueOf<float>(hard[6]), (std::vector<float>{1, 1 / 3.0f, 1, 0.5f}));
+
+    library().calls.clear();
+    set(*instance, {{"BlurAmount", {0.1}}});
+    ASSERT_EQ(render(*instance, kHD), kOfxStatOK);
+    std::vector<std::size_t> all;
+    for (const fake::Call& call : callsOf("clSetKernelArg")) all.push_back(call.numbers[1]);
+    EXPECT_EQ(all, (std::vector<std::size_t>{8, 8, 8, 32, 32, 32, 32, 32, 4,  4, 16, 16, // columns
+                                             8, 8, 8, 8,  32, 32, 32, 32, 32, 4, 4,      // rows
+                                             8, 8, 8, 8,  4,  4,  16}));                 // all pixels
+    const auto passes = callsOf("clEnqueueNDRangeKernel");
+    ASSERT_EQ(passes.size(), 3u);
+    EXPECT_EQ(passes[0].numbers, (std::vector<std::size_t>{1, 2 * 1920}));
+    EXPECT_EQ(passes[1].numbers, (std::vector<std::size_t>{1, 2 * 1080}));
+    const int lent = library().images;
+    for (const char* failing : {"clCreateImage2D", "clSetKernelArg", "clEnqueueNDRangeKernel"})
+        for (const int after : {2, 5, 12, 25}) {
+            library().failing = failing, library().failAfter = after;
+            if (render(*instance, kHD) == kOfxStatOK) continue; // not so many calls
+            EXPECT_EQ(library().images, lent) << failing;
+        }
+    library().failing.clear();
+}
+
 TEST_F(OpenCLCalls, WorkSizesFollowTheDeviceAndTheKernel) {
     struct Case {
         std::size_t group, items0, items1, kernel, compiled0, compiled1, multiple;

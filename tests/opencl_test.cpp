@@ -259,6 +259,28 @@ TEST_F(OpenCL, FlashFollowsTheCPU) {
         }
 }
 
+TEST_F(OpenCL, ChromaKeyerFollowsTheCPU) {
+    Session session(options());
+    for (const Format& format : kOnDevices)
+        for (const double aspect : {1.0, 0.9, 2.0})
+            for (const double blur : {0.0, 0.002, 0.2, 1.0})
+                for (const double mask : {0.0, 1.0}) {
+                    const auto instance = session.make(kKeyer, {{"color", {0.1, 0.8, 0.15}},
+                                                                {"LowThreshold", {0.1}},
+                                                                {"HighThreshold", {0.4}},
+                                                                {"BlurAmount", {blur}},
+                                                                {"ShowMaskOnly", {mask}}});
+                    instance->clip("Source").connect(screened(format, kBounds));
+                    const auto cpu = render(*instance, format, kBounds, aspect, false);
+                    const auto device = render(*instance, format, kBounds, aspect, true);
+                    // Single precision truncates some mattes to the code below or above, and the passes of a blur leave
+                    // byte images between them.
+                    const double codes = blur > 0 ? 2 : 1, part = blur > 0 ? 3e-3 : 2e-5;
+                    const Difference difference = compare(*cpu, *device, format.depth == Depth::Byte ? codes : part);
+                    EXPECT_EQ(difference.pixels, 0) << blur << " " << aspect << ": " << difference.largest;
+                }
+}
+
 TEST_F(OpenCL, SourcesSmallerThanTheWindowReadAsTransparent) {
     Session session(options());
     const auto instance = session.make(kBrightness, {{"Brightness", {0.25}}});

@@ -22,6 +22,7 @@ std::vector<std::string> without(std::initializer_list<std::string> left) {
 }
 
 class EveryEffectWithoutGeometry : public EveryEffect {};
+class EveryEffectOnPremultipliedColours : public EveryEffect {};
 
 INSTANTIATE_TEST_SUITE_P(Properties, EveryEffect, testing::ValuesIn(builtEffects()), effectName);
 // The checkerboard's grid restarts in every band and in every window; its own tests say how.
@@ -43,7 +44,8 @@ TEST_P(EveryEffectOfOneGrid, PaintsTheSameWithAnyNumberOfThreads) {
 
 // These take the window for their frame; each one's own tests say how.
 INSTANTIATE_TEST_SUITE_P(Properties, EveryEffectWithoutGeometry,
-                         testing::ValuesIn(without({kCheckerboard, kLinearWipe, kClockWipe, kFlash})), effectName);
+                         testing::ValuesIn(without({kCheckerboard, kLinearWipe, kClockWipe, kFlash, kKeyer})),
+                         effectName);
 
 TEST_P(EveryEffectWithoutGeometry, PaintsAWindowAsItPaintsTheWhole) {
     Session session(oneThread());
@@ -116,7 +118,11 @@ TEST_P(EveryEffect, PaintsEveryWidthAtEveryAlignment) {
     }
 }
 
-TEST_P(EveryEffect, KeepsBytesPremultiplied) {
+// The keyer leaves straight colours, and says so.
+INSTANTIATE_TEST_SUITE_P(Properties, EveryEffectOnPremultipliedColours, testing::ValuesIn(without({kKeyer})),
+                         effectName);
+
+TEST_P(EveryEffectOnPremultipliedColours, KeepsBytesPremultiplied) {
     for (const Format format : {kBytes, kBytesBGRA}) {
         const auto image = painted(format);
         for (int y = kBounds.y1; y < kBounds.y2; ++y)

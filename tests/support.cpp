@@ -197,6 +197,21 @@ std::shared_ptr<Image> picture(Format format, OfxRectI bounds, std::uint64_t see
     return image;
 }
 
+std::shared_ptr<Image> screened(Format format, OfxRectI bounds) {
+    auto image = blank(format, bounds);
+    Random random(9);
+    const bool bytes = format.depth == Depth::Byte;
+    for (int y = bounds.y1; y < bounds.y2; ++y)
+        for (int x = bounds.x1; x < bounds.x2; ++x) {
+            const double inside = std::clamp((16 - std::hypot(x - 30, y - 22)) / 4 + 0.5, 0.0, 1.0);
+            const double noise = random.real(-0.01, 0.01);
+            Pixel p = {0.7 * inside + 0.1 + noise, 0.8 - 0.2 * inside, 0.25 * inside + 0.15 - noise, 1};
+            for (double& c : p) c = bytes ? std::round(c * 255) : static_cast<double>(static_cast<float>(c));
+            put(*image, x, y, p);
+        }
+    return image;
+}
+
 std::shared_ptr<Image> flat(Format format, OfxRectI bounds, const Pixel& pixel) {
     auto image = blank(format, bounds);
     for (int y = bounds.y1; y < bounds.y2; ++y)

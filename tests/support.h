@@ -18,6 +18,7 @@ namespace test {
 using host::Components, host::Depth, host::Format, host::Image, host::Instance, host::Layout, host::Order;
 
 inline constexpr const char* kCheckerboard = "com.orvixstudioworks:checkerboard";
+inline constexpr const char* kKeyer = "com.orvixstudioworks:chromakeyer";
 inline constexpr const char* kBrightness = "com.orvixstudioworks:brightnessandcontrast";
 inline constexpr const char* kCorrector = "com.orvixstudioworks:colorcorrector";
 inline constexpr const char* kLevels = "com.orvixstudioworks:levels";
@@ -90,6 +91,8 @@ std::shared_ptr<Image> blank(Format format, OfxRectI bounds, Layout layout = {})
 // Premultiplied noise with every kind of alpha. It depends on the seed, the depth and the distance from the lower left
 // corner only.
 std::shared_ptr<Image> picture(Format format, OfxRectI bounds, std::uint64_t seed = 1, Layout layout = {});
+// A bright disc with a soft edge before a green screen, opaque, with a little noise in red and blue.
+std::shared_ptr<Image> screened(Format format, OfxRectI bounds);
 std::shared_ptr<Image> flat(Format format, OfxRectI bounds, const Pixel& pixel);
 
 // Renders into a new untouched image, and expects that this succeeds.
