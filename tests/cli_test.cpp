@@ -148,6 +148,22 @@ TEST_F(Pictures, KeepTheirColorsThroughPremultiplication) {
     EXPECT_TRUE(matches(*load("float.png", kUint8), kBounds, [&](int x, int y) { return kept(*file, x, y); }));
 }
 
+TEST_F(Pictures, TakeStraightColorsAsTheEffectSaysTheyAre) {
+    const auto source = opaqueNoise(1);
+    save("in.png", *source, kUint8);
+    succeed("render chromakeyer --in in.png --depth float --bits 16 --out out.png");
+    const auto image = load("out.png", kUint16);
+    int translucent = 0;
+    EXPECT_TRUE(matches(*image, image->bounds(), [&](int x, int y) {
+        Pixel p = pixelAt(*source, x, y);
+        for (double& c : p) c *= 257;
+        p[3] = pixelAt(*image, x, y)[3];
+        translucent += p[3] > 0 && p[3] < 65535;
+        return Expected{p, 1};
+    }));
+    EXPECT_GT(translucent, 100);
+}
+
 TEST_F(Pictures, AreTheSameInEitherChannelOrder) {
     save("in.png", *straightNoise(kUint8), kUint8);
     for (const auto& [depth, type] : {std::pair("byte", kUint8), std::pair("float", kUint16)}) {

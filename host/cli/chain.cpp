@@ -6,6 +6,7 @@
 
 #include "host/cli/describe.h"
 #include "host/cli/error.h"
+#include "host/cli/pixels.h"
 #include "host/text.h"
 
 namespace cli {
@@ -107,7 +108,7 @@ void Stage::connect() {
 // Some effects choose their format by their parameters.
 void Stage::settleFormat() {
     instance_->clip(kOfxImageEffectOutputClipName).setFormat(project_.format);
-    instance_->clipPreferences();
+    straight_ = instance_->clipPreferences().premultiplication == kOfxImageUnPreMultiplied;
     const host::Format format = instance_->clip(kOfxImageEffectOutputClipName).format();
     if (format.depth != project_.format.depth || format.components != host::Components::RGBA)
         throw Failure(name_, " insists on images of another format than RGBA ",
@@ -207,6 +208,7 @@ std::shared_ptr<host::Image> Stage::render(double time) {
     const OfxStatus status = instance_->render(request);
     throwInputFailure();
     require(status, join("failed at frame ", time));
+    if (straight_) premultiply(*request.output); // files and the effects that follow expect that
     return request.output;
 }
 

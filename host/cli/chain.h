@@ -72,6 +72,7 @@ private:
     Messages& messages_;
     std::unique_ptr<host::Instance> instance_;
     std::vector<std::string> clips_; // those of the inputs
+    bool straight_ = false;          // whether the effect leaves straight colours
     std::mutex failureMutex_;
     std::exception_ptr inputFailure_; // what went wrong in an input
     std::recursive_mutex mutex_;

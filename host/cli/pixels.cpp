@@ -101,6 +101,16 @@ template void packRow(const void*, const host::Format&, int, int, bool, std::uin
 template void packRow(const void*, const host::Format&, int, int, bool, std::uint16_t*);
 template void packRow(const void*, const host::Format&, int, int, bool, float*);
 
+void premultiply(host::Image& image) {
+    const OfxRectI bounds = image.bounds();
+    for (int y = bounds.y1; y < bounds.y2; ++y)
+        withType(image.format(), image.row(y), [&](auto* pixel) {
+            using T = std::remove_pointer_t<decltype(pixel)>;
+            for (int x = bounds.x1; x < bounds.x2; ++x, pixel += 4)
+                for (int c = 0; c < 3; ++c) pixel[c] = scaled<T>(pixel[c], toUnit(pixel[3]), pixel[3] == kOpaque<T>);
+        });
+}
+
 std::shared_ptr<host::Image> framed(const std::shared_ptr<host::Image>& image, const OfxRectI& frame) {
     const OfxRectI bounds = image->bounds();
     if (std::memcmp(&bounds, &frame, sizeof frame) == 0) return image;

@@ -25,6 +25,9 @@ void unpackRow(const T* file, const Channels&, int width, const host::Format&, v
 template <class T>
 void packRow(const void* image, const host::Format&, int width, int channels, bool straight, T* file);
 
+// Straight colours become premultiplied ones.
+void premultiply(host::Image&);
+
 // The whole frame, transparent where the image has no pixels; the image itself when it covers exactly the frame.
 std::shared_ptr<host::Image> framed(const std::shared_ptr<host::Image>&, const OfxRectI& frame);
 
