@@ -180,11 +180,13 @@ Lanes pixelNumbers() {
 template <class T>
 Lanes loadNumbers(const float* from) {
     const Lanes::Tag d;
+    if constexpr (!std::is_same_v<T, float>) return hn::LoadU(d, from);
     return hn::TableLookupLanes(hn::LoadU(d, from), hn::SetTableIndices(d, kPixelOrder<T>.pixelOf));
 }
 template <class T>
 void storeNumbers(Lanes numbers, float* to) {
     const Lanes::Tag d;
+    if constexpr (!std::is_same_v<T, float>) return hn::StoreU(numbers.v, d, to);
     hn::StoreU(hn::TableLookupLanes(numbers.v, hn::SetTableIndices(d, kPixelOrder<T>.laneOf)), d, to);
 }
 
