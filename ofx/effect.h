@@ -46,6 +46,15 @@ public:
 
 protected:
     OpenCL::KernelCall kernel(std::size_t index = 0) const { return {program_, index, queue_}; }
+    // A kernel whose first arguments are those of most: the source images, the output, width and height.
+    OpenCL::KernelCall pictureKernel(std::size_t index = 0) const {
+        OpenCL::KernelCall call = kernel(index);
+        for (const Image* source : this->sources) {
+            if (source != nullptr) call.arg(device(source));
+        }
+        call.arg(device(this->destination)).arg(width()).arg(height());
+        return call;
+    }
     // The device image of a fetched image. Throws the failed render without one.
     static cl_mem device(const Image* image) {
         if (void* memory = image->openCL()) return static_cast<cl_mem>(memory);

@@ -30,6 +30,16 @@ struct Function<R(Arguments...)> {
     R (*levels[kLevels])(Arguments...);
 };
 
+// Of two functions that do the same to bytes and to floats, the one for a type of components.
+template <class T, class Bytes, class Floats>
+constexpr const auto& forType(const Bytes& bytes, const Floats& floats) {
+    if constexpr (sizeof(T) == 1) {
+        return bytes;
+    } else {
+        return floats;
+    }
+}
+
 } // namespace simd
 
 // SIMD_LEVEL is the namespace of the level that the compiler's flags ask for. The first level's object holds the table.

@@ -99,13 +99,7 @@ void brightnessandcontrastProcessor<T, N, max, bgra>::processWindow(const OFX::R
 void brightnessandcontrastOpenCLProcessor::process() {
     const cl_float4 tone = {{static_cast<float>(values.brightness), static_cast<float>(values.contrast),
                              static_cast<float>(values.center), 0}};
-    kernel()
-        .arg(device(sources[0]))
-        .arg(device(destination))
-        .arg(width())
-        .arg(height())
-        .arg(tone)
-        .run(width(), height());
+    pictureKernel().arg(tone).run(width(), height());
 }
 
 // --- The plug-in ---

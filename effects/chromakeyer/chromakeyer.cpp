@@ -89,11 +89,7 @@ void chromakeyerProcessor<T, N, max, bgra>::preProcess() {
     eachRows([&](const OFX::RectI& rows) {
         OFX::readRows<T, N>(rows, *sources[0], abort(), [&](int x, int y, const T* pixels, std::size_t count) {
             float* matte = hardRow(y) + (x - area.x1);
-            if constexpr (max == 255) {
-                chromakeyer::matteByteRow(key, pixels, matte, count);
-            } else {
-                chromakeyer::matteFloatRow(key, pixels, matte, count);
-            }
+            simd::forType<T>(chromakeyer::matteByteRow, chromakeyer::matteFloatRow)(key, pixels, matte, count);
         });
     });
     repeatEdges();
@@ -112,21 +108,14 @@ void chromakeyerProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band
     } else if (!blurs()) {
         const chromakeyer::Key key = this->key(bgra != 0);
         rows([&](int, int, const auto& from, T* to, std::size_t pixels) {
-            if constexpr (max == 255) {
-                chromakeyer::keyByteRow(key, from[0], to, pixels);
-            } else {
-                chromakeyer::keyFloatRow(key, from[0], to, pixels);
-            }
+            simd::forType<T>(chromakeyer::keyByteRow, chromakeyer::keyFloatRow)(key, from[0], to, pixels);
         });
     } else {
         const chromakeyer::SoftKey key = {bgra ? 2 - dominant() : dominant(), values.showMatte != 0};
         rows([&](int x, int y, const auto& from, T* to, std::size_t pixels) {
             const float* soft = softRow(y) + (x - area().x1);
-            if constexpr (max == 255) {
-                chromakeyer::softByteRow(key, from[0], soft, around(x, y), to, pixels);
-            } else {
-                chromakeyer::softFloatRow(key, from[0], soft, around(x, y), to, pixels);
-            }
+            simd::forType<T>(chromakeyer::softByteRow, chromakeyer::softFloatRow)(key, from[0], soft, around(x, y), to,
+                                                                                  pixels);
         });
     }
 }
@@ -142,15 +131,7 @@ void chromakeyerOpenCLProcessor::process() {
     const cl_float4 tone = block(k.high, k.color.h, k.color.s, k.color.l);
     const cl_mem from = device(sources[0]), to = device(destination);
     if (!blurs()) {
-        return kernel(kKey)
-            .arg(from)
-            .arg(to)
-            .arg(width())
-            .arg(height())
-            .arg(k.showMatte ? 1 : 0)
-            .arg(color)
-            .arg(tone)
-            .run(width(), height());
+        return pictureKernel(kKey).arg(k.showMatte ? 1 : 0).arg(color).arg(tone).run(width(), height());
     }
     const auto setShape = [](OpenCL::KernelCall& call, const pixelops::Gaussian& g, double sigma) {
         for (const auto& s : g.sections)

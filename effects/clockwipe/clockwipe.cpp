@@ -50,22 +50,13 @@ void clockwipeProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band) 
     mixRows<T, N>(band, [&](int x, int y, const T* from, const T* to, T* wiped, std::size_t pixels) {
         const auto column = static_cast<float>(x - window.x1 - centerX), row = static_cast<float>(window.y2 - 1 - y);
         const clockwipe::Row line{column, values.direction == 0 ? kx : -kx, (centerY + 0.5f - row) * ky};
-        if constexpr (max == 255) {
-            clockwipe::wipeByteRow(turn, line, from, to, wiped, pixels);
-        } else {
-            clockwipe::wipeFloatRow(turn, line, from, to, wiped, pixels);
-        }
+        simd::forType<T>(clockwipe::wipeByteRow, clockwipe::wipeFloatRow)(turn, line, from, to, wiped, pixels);
     });
 }
 
 void clockwipeOpenCLProcessor::process() {
     const OFX::AspectScale aspect(destination->pixelAspect());
-    kernel()
-        .arg(device(sources[0]))
-        .arg(device(sources[1]))
-        .arg(device(destination))
-        .arg(width())
-        .arg(height())
+    pictureKernel()
         .arg(values.direction)
         .arg(values.progress)
         .arg(cl_float2{{static_cast<float>(aspect.x), static_cast<float>(aspect.y)}})

@@ -187,11 +187,7 @@ void dissolveProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band) {
     if (showsPictures(values.mode) && copyAtEnds<T, N>(band)) return;
     const auto mix = mixAt<T, bgra>(values);
     mixRows<T, N>(band, [&](int, int, const T* from, const T* to, T* mixed, std::size_t pixels) {
-        if constexpr (max == 255) {
-            dissolve::mixByteRow(mix, from, to, mixed, pixels);
-        } else {
-            dissolve::mixFloatRow(mix, from, to, mixed, pixels);
-        }
+        simd::forType<T>(dissolve::mixByteRow, dissolve::mixFloatRow)(mix, from, to, mixed, pixels);
     });
 }
 
@@ -204,18 +200,7 @@ void dissolveOpenCLProcessor::process() {
                               : values.mode == dissolve::ColorMorph   ? morphSpeeds(values)
                               : values.mode == dissolve::ThroughColor ? values.color
                                                                       : Channels{};
-    kernel()
-        .arg(device(sources[0]))
-        .arg(device(sources[1]))
-        .arg(device(destination))
-        .arg(width())
-        .arg(height())
-        .arg(values.mode)
-        .arg(0)
-        .arg(values.progress)
-        .arg(1.0f)
-        .arg(floats(settings))
-        .run(width(), height());
+    pictureKernel().arg(values.mode).arg(0).arg(values.progress).arg(1.0f).arg(floats(settings)).run(width(), height());
 }
 
 // --- The plug-in ---

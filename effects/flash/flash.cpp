@@ -52,11 +52,7 @@ void flashProcessor<T, N, max, bgra>::preProcess() {
     OFX::MultiThread::stage(luma_->plane().height, [&](std::size_t first, std::size_t last) {
         const OFX::RectI rows = {area.x1, area.y1 + static_cast<int>(first), area.x2, area.y1 + static_cast<int>(last)};
         OFX::readRows<T, N>(rows, source(), abort(), [&](int x, int y, const T* pixels, std::size_t count) {
-            if constexpr (max == 255) {
-                flash::lumaOfByteRow(bgra, pixels, lumaAt(x, y), count);
-            } else {
-                flash::lumaOfFloatRow(bgra, pixels, lumaAt(x, y), count);
-            }
+            simd::forType<T>(flash::lumaOfByteRow, flash::lumaOfFloatRow)(bgra, pixels, lumaAt(x, y), count);
         });
     });
     if (!aborted()) luma_->blur(sigma.x, sigma.y);
@@ -70,11 +66,7 @@ void flashProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band) {
     const flash::Light light = {gain, white, {tint(bgra ? 2 : 0), tint(1), tint(bgra ? 0 : 2)}, bgra != 0};
     const auto row = [&](int x, int y, const auto& from, T* to, std::size_t pixels) {
         const float* luma = luma_ ? lumaAt(x, y) : nullptr;
-        if constexpr (max == 255) {
-            flash::lightByteRow(light, from[0], luma, to, pixels);
-        } else {
-            flash::lightFloatRow(light, from[0], luma, to, pixels);
-        }
+        simd::forType<T>(flash::lightByteRow, flash::lightFloatRow)(light, from[0], luma, to, pixels);
     };
     OFX::joinRows<T, N>(band, std::array{&source()}, *destination, abort(), row);
 }

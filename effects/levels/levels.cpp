@@ -69,14 +69,7 @@ void levelsOpenCLProcessor::process() {
     const levels::FloatMapping m = levels::floatMapping(levels::Mapping(values), channel());
     const cl_float4 range = {{m.inputStart, m.perInput, m.outputStart, m.outputRange}};
     const cl_float8 curve = {{m.threshold, m.slope, m.inner, m.scale, m.exponent, m.factor, m.outer, m.inputStartRest}};
-    kernel((floats ? 5u : 0u) + static_cast<unsigned>(channel()))
-        .arg(device(sources[0]))
-        .arg(device(destination))
-        .arg(width())
-        .arg(height())
-        .arg(range)
-        .arg(curve)
-        .run(width(), height());
+    pictureKernel((floats ? 5u : 0u) + static_cast<unsigned>(channel())).arg(range).arg(curve).run(width(), height());
 }
 
 // --- The plug-in ---

@@ -68,11 +68,7 @@ void linearwipeProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band)
         const auto column = static_cast<float>(x - window.x1), row = static_cast<float>(window.y2 - 1 - y);
         const linearwipe::Row line{column, stepX,         row * stepY + offset, perLength,
                                    low,    e.at + e.half, hard ? 0 : e.perWidth};
-        if constexpr (max == 255) {
-            linearwipe::wipeByteRow(line, from, to, wiped, pixels);
-        } else {
-            linearwipe::wipeFloatRow(line, from, to, wiped, pixels);
-        }
+        simd::forType<T>(linearwipe::wipeByteRow, linearwipe::wipeFloatRow)(line, from, to, wiped, pixels);
     });
 }
 
@@ -80,12 +76,7 @@ void linearwipeOpenCLProcessor::process() {
     const auto [stepX, stepY, offset, perLength] = sweep();
     const auto [at, half, perWidth] = edge();
     const auto aspect = static_cast<float>(destination->pixelAspect());
-    kernel()
-        .arg(device(sources[0]))
-        .arg(device(sources[1]))
-        .arg(device(destination))
-        .arg(width())
-        .arg(height())
+    pictureKernel()
         .arg(cl_float8{{at, aspect, stepX, stepY, offset, perLength, half, perWidth}})
         .run(width(), height());
 }
