@@ -82,6 +82,13 @@ RectI band(const RectI& window, unsigned index, unsigned count) {
     return {window.x1, window.y1 + static_cast<int>(first), window.x2, window.y1 + static_cast<int>(last)};
 }
 
+void stageRows(const RectI& area, const std::function<void(const RectI&)>& function) {
+    if (empty(area)) return;
+    MultiThread::stage(static_cast<std::size_t>(height(area)), [&](std::size_t first, std::size_t last) {
+        function({area.x1, area.y1 + static_cast<int>(first), area.x2, area.y1 + static_cast<int>(last)});
+    });
+}
+
 void ImageProcessor::multiThreadFunction(unsigned index, unsigned count) {
     threads_ = count;
     const RectI rows = band(window, index, count);

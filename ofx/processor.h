@@ -34,6 +34,9 @@ public:
 // The rows of thread `index` of `count`: y1 + index dy / count to y1 + (index + 1) dy / count, in unsigned arithmetic.
 RectI band(const RectI& window, unsigned index, unsigned count);
 
+// A stage over the rows of an area.
+void stageRows(const RectI& area, const std::function<void(const RectI& rows)>& function);
+
 class ImageProcessor : public MultiThread::Processor {
 public:
     explicit ImageProcessor(ImageEffect& effect) : effect_(effect) {}

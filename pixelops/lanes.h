@@ -235,6 +235,19 @@ void forPixels(T* to, std::size_t pixels, const Map& map, const From*... from) {
     forVectors(to, pixels, step, from...);
 }
 
+// Each pixel becomes a number: numberOf(its vector in memory, the vector of Pixel<Lanes>).
+template <class T, class NumberOf>
+void numberPixels(const T* from, float* numbers, std::size_t pixels, const NumberOf& numberOf) {
+    constexpr std::size_t n = Lanes::kCount;
+    for (; pixels >= n; from += 4 * n, numbers += n, pixels -= n)
+        storeNumbers<T>(numberOf(from, loadPixels(from)), numbers);
+    T rest[4 * n] = {};
+    float last[n];
+    std::memcpy(rest, from, 4 * pixels * sizeof(T));
+    storeNumbers<T>(numberOf(static_cast<const T*>(rest), loadPixels(static_cast<const T*>(rest))), last);
+    std::memcpy(numbers, last, pixels * sizeof(float));
+}
+
 template <class T, class Map>
 void mapPixels(const T* from, T* to, std::size_t pixels, const Map& map) {
     forPixels(to, pixels, map, from);

@@ -81,19 +81,14 @@ void chromakeyerProcessor<T, N, max, bgra>::preProcess() {
     hard_.emplace(effect_, width + 2, height + 2, 1);
     soft_.emplace(effect_, width, height, 1);
     const chromakeyer::Key key = this->key(bgra != 0);
-    const auto eachRows = [&](const auto& function) {
-        OFX::MultiThread::stage(static_cast<std::size_t>(height), [&](std::size_t first, std::size_t last) {
-            function(OFX::RectI{area.x1, area.y1 + static_cast<int>(first), area.x2, area.y1 + static_cast<int>(last)});
-        });
-    };
-    eachRows([&](const OFX::RectI& rows) {
+    OFX::stageRows(area, [&](const OFX::RectI& rows) {
         OFX::readRows<T, N>(rows, *sources[0], abort(), [&](int x, int y, const T* pixels, std::size_t count) {
             float* matte = hardRow(y) + (x - area.x1);
             simd::forType<T>(chromakeyer::matteByteRow, chromakeyer::matteFloatRow)(key, pixels, matte, count);
         });
     });
     repeatEdges();
-    eachRows([&](const OFX::RectI& rows) {
+    OFX::stageRows(area, [&](const OFX::RectI& rows) {
         for (int y = rows.y1; y < rows.y2 && !aborted(); ++y)
             chromakeyer::refineRow(around(area.x1, y), softRow(y), static_cast<std::size_t>(width));
     });

@@ -122,19 +122,6 @@ template <class T>
 constexpr float kFull = sizeof(T) == 1 ? 255 : 1;
 
 template <class T>
-void matteRow(const Key& key, const T* from, float* matte, std::size_t pixels) {
-    constexpr std::size_t n = Lanes::kCount;
-    const Matte matteAt(key);
-    for (; pixels >= n; from += 4 * n, matte += n, pixels -= n)
-        lanes::storeNumbers<T>(matteAt(from, lanes::loadPixels(from)), matte);
-    T rest[4 * n] = {};
-    float numbers[n];
-    std::memcpy(rest, from, 4 * pixels * sizeof(T));
-    lanes::storeNumbers<T>(matteAt(rest, lanes::loadPixels(rest)), numbers);
-    std::memcpy(matte, numbers, pixels * sizeof(float));
-}
-
-template <class T>
 Pixel keyed(const Pixel& p, Lanes matte, bool showMatte) {
     const Lanes alpha = min(matte, p.a);
     return showMatte ? Pixel{alpha, alpha, alpha, kFull<T>} : Pixel{p.r, p.g, p.b, alpha};
@@ -191,10 +178,10 @@ void softRow(const SoftKey& key, const T* from, const float* soft, const Neighbo
 } // namespace
 
 void matteByteRow(const Key& key, const std::uint8_t* from, float* matte, std::size_t pixels) {
-    matteRow(key, from, matte, pixels);
+    lanes::numberPixels(from, matte, pixels, Matte(key));
 }
 void matteFloatRow(const Key& key, const float* from, float* matte, std::size_t pixels) {
-    matteRow(key, from, matte, pixels);
+    lanes::numberPixels(from, matte, pixels, Matte(key));
 }
 void keyByteRow(const Key& key, const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) {
     keyRow(key, from, to, pixels);

@@ -49,8 +49,7 @@ void flashProcessor<T, N, max, bgra>::preProcess() {
     const OFX::RectI area = this->area();
     if ((sigma.x <= 0 && sigma.y <= 0) || OFX::empty(area)) return;
     luma_.emplace(effect_, OFX::width(area), OFX::height(area), 1);
-    OFX::MultiThread::stage(luma_->plane().height, [&](std::size_t first, std::size_t last) {
-        const OFX::RectI rows = {area.x1, area.y1 + static_cast<int>(first), area.x2, area.y1 + static_cast<int>(last)};
+    OFX::stageRows(area, [&](const OFX::RectI& rows) {
         OFX::readRows<T, N>(rows, source(), abort(), [&](int x, int y, const T* pixels, std::size_t count) {
             simd::forType<T>(flash::lumaOfByteRow, flash::lumaOfFloatRow)(bgra, pixels, lumaAt(x, y), count);
         });

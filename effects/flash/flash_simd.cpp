@@ -39,18 +39,6 @@ void lightRow(const Light& light, const T* from, const float* luma, T* to, std::
     }
 }
 
-template <class T>
-void lumaRow(bool bgra, const T* from, float* luma, std::size_t pixels) {
-    constexpr std::size_t n = Lanes::kCount;
-    for (; pixels >= n; from += 4 * n, luma += n, pixels -= n)
-        lanes::storeNumbers<T>(lumaOf(bgra, lanes::loadPixels(from)), luma);
-    T rest[4 * n] = {};
-    float numbers[n];
-    std::memcpy(rest, from, 4 * pixels * sizeof(T));
-    lanes::storeNumbers<T>(lumaOf(bgra, lanes::loadPixels(rest)), numbers);
-    std::memcpy(luma, numbers, pixels * sizeof(float));
-}
-
 } // namespace
 
 void lightByteRow(const Light& light, const std::uint8_t* from, const float* luma, std::uint8_t* to,
@@ -62,10 +50,10 @@ void lightFloatRow(const Light& light, const float* from, const float* luma, flo
 }
 
 void lumaOfByteRow(bool bgra, const std::uint8_t* from, float* luma, std::size_t pixels) {
-    lumaRow(bgra, from, luma, pixels);
+    lanes::numberPixels(from, luma, pixels, [bgra](const auto*, const Pixel& p) { return lumaOf(bgra, p); });
 }
 void lumaOfFloatRow(bool bgra, const float* from, float* luma, std::size_t pixels) {
-    lumaRow(bgra, from, luma, pixels);
+    lanes::numberPixels(from, luma, pixels, [bgra](const auto*, const Pixel& p) { return lumaOf(bgra, p); });
 }
 
 } // namespace SIMD_LEVEL
