@@ -178,10 +178,20 @@ Lanes pixelNumbers() {
 
 // Rows with one number for each pixel, into and out of the lanes of pixels of a type.
 template <class T>
-Lanes loadNumbers(const float* from) {
+Lanes inOrder(Lanes numbers) {
+    if constexpr (!std::is_same_v<T, float>) return numbers;
     const Lanes::Tag d;
-    if constexpr (!std::is_same_v<T, float>) return hn::LoadU(d, from);
-    return hn::TableLookupLanes(hn::LoadU(d, from), hn::SetTableIndices(d, kPixelOrder<T>.pixelOf));
+    return hn::TableLookupLanes(numbers.v, hn::SetTableIndices(d, kPixelOrder<T>.pixelOf));
+}
+template <class T>
+Lanes loadNumbers(const float* from) {
+    return inOrder<T>(hn::LoadU(Lanes::Tag(), from));
+}
+template <class T>
+Lanes loadNumbers(const std::uint8_t* from) {
+    const hn::RebindToSigned<Lanes::Tag> words;
+    const hn::Rebind<std::uint8_t, Lanes::Tag> bytes;
+    return inOrder<T>(hn::ConvertTo(Lanes::Tag(), hn::PromoteTo(words, hn::LoadU(bytes, from))));
 }
 template <class T>
 void storeNumbers(Lanes numbers, float* to) {

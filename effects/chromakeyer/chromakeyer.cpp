@@ -80,6 +80,7 @@ void chromakeyerProcessor<T, N, max, bgra>::preProcess() {
     const int width = OFX::width(area), height = OFX::height(area);
     hard_.emplace(effect_, width + 2, height + 2, 1);
     soft_.emplace(effect_, width, height, 1);
+    edges_.emplace(effect_, (width + 3) / 4, height, 1);
     const chromakeyer::Key key = this->key(bgra != 0);
     OFX::stageRows(area, [&](const OFX::RectI& rows) {
         OFX::readRows<T, N>(rows, *sources[0], abort(), [&](int x, int y, const T* pixels, std::size_t count) {
@@ -90,7 +91,8 @@ void chromakeyerProcessor<T, N, max, bgra>::preProcess() {
     repeatEdges();
     OFX::stageRows(area, [&](const OFX::RectI& rows) {
         for (int y = rows.y1; y < rows.y2 && !aborted(); ++y)
-            chromakeyer::refineRow(around(area.x1, y), softRow(y), static_cast<std::size_t>(width));
+            chromakeyer::refineRow({hardRow(y + 1), hardRow(y), hardRow(y - 1)}, softRow(y), edgesRow(y),
+                                   static_cast<std::size_t>(width));
     });
     if (!aborted()) soft_->blur(sigmas().x, sigmas().y, pixelops::Edge::Inside);
 }
@@ -108,9 +110,9 @@ void chromakeyerProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band
     } else {
         const chromakeyer::SoftKey key = {bgra ? 2 - dominant() : dominant(), values.showMatte != 0};
         rows([&](int x, int y, const auto& from, T* to, std::size_t pixels) {
-            const float* soft = softRow(y) + (x - area().x1);
-            simd::forType<T>(chromakeyer::softByteRow, chromakeyer::softFloatRow)(key, from[0], soft, around(x, y), to,
-                                                                                  pixels);
+            const int column = x - area().x1;
+            simd::forType<T>(chromakeyer::softByteRow, chromakeyer::softFloatRow)(key, from[0], softRow(y) + column,
+                                                                                  edgesRow(y) + column, to, pixels);
         });
     }
 }

@@ -35,12 +35,12 @@ protected:
     OFX::RectI area() const { return OFX::intersection(window, destination->bounds()); }
 
     // Of the area; only with a blur. The hard matte has a margin of a pixel all around, in which its edge is repeated.
-    std::optional<OFX::TemporaryPlane> hard_, soft_;
+    // Of the soft matte's edges there is a byte for each pixel.
+    std::optional<OFX::TemporaryPlane> hard_, soft_, edges_;
     float* hardRow(int y) const { return hard_->plane().row(static_cast<std::size_t>(y - area().y1 + 1)) + 1; }
     float* softRow(int y) const { return soft_->plane().row(static_cast<std::size_t>(y - area().y1)); }
-    chromakeyer::Neighbourhood around(int x, int y) const {
-        const int column = x - area().x1;
-        return {hardRow(y + 1) + column, hardRow(y) + column, hardRow(y - 1) + column};
+    std::uint8_t* edgesRow(int y) const {
+        return reinterpret_cast<std::uint8_t*>(edges_->plane().row(static_cast<std::size_t>(y - area().y1)));
     }
     void repeatEdges() const;
 };

@@ -137,30 +137,9 @@ void keyRow(const Key& key, const T* from, T* to, std::size_t pixels) {
     lanes::forVectors(to, pixels, step, from);
 }
 
-// Whether one of the eight neighbours of some pixels has matte 0, and their sum; T: the pixels' order.
-struct Around {
-    Truth edge;
-    Lanes sum;
-};
-
 template <class T>
-Around around(const Neighbourhood& n, std::size_t x) {
-    const auto at = [x](const float* row, std::ptrdiff_t offset) {
-        return lanes::loadNumbers<T>(row + static_cast<std::ptrdiff_t>(x) + offset);
-    };
-    Lanes least = 1e9f, sum = 0.0f;
-    for (const float* row : {n.above, n.row, n.below}) {
-        for (const std::ptrdiff_t offset : {-1, 0, 1}) {
-            if (row == n.row && offset == 0) continue;
-            const Lanes matte = at(row, offset);
-            least = min(least, matte), sum = sum + matte;
-        }
-    }
-    return {least <= Lanes(0.0f), sum};
-}
-
-template <class T>
-void softRow(const SoftKey& key, const T* from, const float* soft, const Neighbourhood& n, T* to, std::size_t pixels) {
+void softRow(const SoftKey& key, const T* from, const float* soft, const std::uint8_t* edges, T* to,
+             std::size_t pixels) {
     const auto despilled = [&](Pixel p, Truth edge) {
         Lanes& dominant = key.dominant == 0 ? p.r : key.dominant == 1 ? p.g : p.b;
         const Lanes others = key.dominant == 0 ? max(p.g, p.b) : key.dominant == 1 ? max(p.r, p.b) : max(p.r, p.g);
@@ -168,9 +147,9 @@ void softRow(const SoftKey& key, const T* from, const float* soft, const Neighbo
         return p;
     };
     const auto step = [&](auto streamed, std::size_t first, T* t, const T* f) {
-        const Pixel p = despilled(lanes::loadPixels(f), around<T>(n, first).edge);
+        const Truth edge = lanes::loadNumbers<T>(edges + first) > Lanes(0.0f);
         const Lanes matte = between(lanes::loadNumbers<T>(soft + first), 0, kFull<T>);
-        lanes::storePixels<streamed>(keyed<T>(p, matte, key.showMatte), t);
+        lanes::storePixels<streamed>(keyed<T>(despilled(lanes::loadPixels(f), edge), matte, key.showMatte), t);
     };
     lanes::forVectors(to, pixels, step, from);
 }
@@ -188,22 +167,32 @@ void keyByteRow(const Key& key, const std::uint8_t* from, std::uint8_t* to, std:
 }
 void keyFloatRow(const Key& key, const float* from, float* to, std::size_t pixels) { keyRow(key, from, to, pixels); }
 
-void refineRow(const Neighbourhood& n, float* refined, std::size_t pixels) {
+void refineRow(const Neighbourhood& n, float* refined, std::uint8_t* edges, std::size_t pixels) {
     const Lanes::Tag d;
+    const hn::RebindToSigned<Lanes::Tag> words;
+    const hn::Rebind<std::uint8_t, Lanes::Tag> bytes;
     for (std::size_t x = 0; x < pixels; x += Lanes::kCount) {
-        const Around near = around<std::uint8_t>(n, x);
-        const Lanes own = hn::LoadU(d, n.row + x);
-        hn::StoreU(select(near.edge, min(near.sum * 0.125f, own), own).v, d, refined + x);
+        const auto at = [&](const float* row, std::ptrdiff_t offset) -> Lanes {
+            return hn::LoadU(d, row + static_cast<std::ptrdiff_t>(x) + offset);
+        };
+        const Lanes a = at(n.above, -1), b = at(n.above, 0), c = at(n.above, 1), e = at(n.row, -1), own = at(n.row, 0),
+                    f = at(n.row, 1), g = at(n.below, -1), h = at(n.below, 0), i = at(n.below, 1);
+        const Lanes least = min(min(min(a, b), min(c, e)), min(min(f, g), min(h, i)));
+        const Lanes mean = (((a + b) + (c + e)) + ((f + g) + (h + i))) * 0.125f;
+        const Truth edge = least <= Lanes(0.0f);
+        hn::StoreU(select(edge, min(mean, own), own).v, d, refined + x);
+        const Lanes flags = select(edge, Lanes(255.0f), Lanes(0.0f));
+        hn::StoreU(hn::DemoteTo(bytes, hn::ConvertTo(words, flags.v)), bytes, edges + x);
     }
 }
 
-void softByteRow(const SoftKey& key, const std::uint8_t* from, const float* soft, const Neighbourhood& n,
+void softByteRow(const SoftKey& key, const std::uint8_t* from, const float* soft, const std::uint8_t* edges,
                  std::uint8_t* to, std::size_t pixels) {
-    softRow(key, from, soft, n, to, pixels);
+    softRow(key, from, soft, edges, to, pixels);
 }
-void softFloatRow(const SoftKey& key, const float* from, const float* soft, const Neighbourhood& n, float* to,
+void softFloatRow(const SoftKey& key, const float* from, const float* soft, const std::uint8_t* edges, float* to,
                   std::size_t pixels) {
-    softRow(key, from, soft, n, to, pixels);
+    softRow(key, from, soft, edges, to, pixels);
 }
 
 } // namespace SIMD_LEVEL

@@ -41,20 +41,22 @@ struct Neighbourhood {
     const float *above, *row, *below;
 };
 
-// Next to a pixel of matte 0, the smaller of the matte and the mean of its eight neighbours; elsewhere the matte.
-extern const simd::Function<void(const Neighbourhood&, float* refined, std::size_t pixels)> refineRow;
+// Next to a pixel of matte 0, the smaller of the matte and the mean of its eight neighbours; elsewhere the matte. Tells
+// which pixels those are, 255 or 0 each. Writes up to a vector more than the row.
+extern const simd::Function<void(const Neighbourhood&, float* refined, std::uint8_t* edges, std::size_t pixels)>
+    refineRow;
 
-// Alpha limited by a soft matte, of which up to a vector more than the row is read; next to a pixel of matte 0, the
-// key's dominant component, by its place in memory, is limited to the larger of the other two.
+// Alpha limited by a soft matte; at edges, the key's dominant component, by its place in memory, is limited to the
+// larger of the other two. Reads up to a vector more of the matte and of the edges than the row.
 struct SoftKey {
     int dominant;
     bool showMatte;
 };
-extern const simd::Function<void(const SoftKey&, const std::uint8_t* from, const float* soft, const Neighbourhood&,
+extern const simd::Function<void(const SoftKey&, const std::uint8_t* from, const float* soft, const std::uint8_t* edges,
                                  std::uint8_t* to, std::size_t pixels)>
     softByteRow;
-extern const simd::Function<void(const SoftKey&, const float* from, const float* soft, const Neighbourhood&, float* to,
-                                 std::size_t pixels)>
+extern const simd::Function<void(const SoftKey&, const float* from, const float* soft, const std::uint8_t* edges,
+                                 float* to, std::size_t pixels)>
     softFloatRow;
 
 } // namespace chromakeyer
