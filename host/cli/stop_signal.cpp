@@ -1,6 +1,7 @@
 // The handler only notes the signal and steps aside, so that the next one has its usual effect.
 #include "host/cli/stop_signal.h"
 
+#include <atomic>
 #include <csignal>
 
 #include "host/cli/error.h"
@@ -8,7 +9,9 @@
 namespace cli {
 namespace {
 
-volatile std::sig_atomic_t received = 0;
+// The system may run the handler on any thread, and all of them ask.
+std::atomic<int> received = 0;
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler must not lock");
 
 extern "C" void noteSignal(int signal) {
     received = signal;
