@@ -139,10 +139,9 @@ dissolve::Mix<T> mixAt(const Values& v) {
             // A pixel's brightness is four thirds of its colours' sum, rounded down, where white has 1020 of 1024.
             const double level = m.mode == dissolve::ThresholdDissolve ? w : whole - w;
             if constexpr (bytes) {
-                // The largest sum that is not brighter than the level; the smallest one that is not darker.
-                const double sum = m.mode == dissolve::ThresholdDissolve ? std::ceil((level + 1) * 3 / 4) - 1
-                                                                         : std::ceil(level * 3 / 4);
-                m.threshold = static_cast<std::uint32_t>(sum);
+                // The largest sum that is not brighter than the level, or is darker.
+                const double above = m.mode == dissolve::ThresholdDissolve ? level + 1 : level;
+                m.threshold = static_cast<std::int32_t>(std::ceil(above * 3 / 4)) - 1;
             } else {
                 m.threshold = static_cast<float>(level * 3 * 1024 / 1020);
             }

@@ -58,6 +58,11 @@ Codes gray(Codes f, Codes t) {
     return hn::BitCast(Bytes(), hn::Or(pair, hn::ShiftLeft<16>(pair)));
 }
 
+hn::Mask<Words> brighter(Codes c, std::int32_t sum) {
+    const hn::RebindToSigned<Words> d;
+    return hn::RebindMask(Words(), hn::Gt(hn::BitCast(d, colourSum(c)), hn::Set(d, sum)));
+}
+
 Codes choose(hn::Mask<Words> first, Codes f, Codes t) {
     return hn::BitCast(Bytes(), hn::IfThenElse(first, hn::BitCast(Words(), f), hn::BitCast(Words(), t)));
 }
@@ -118,13 +123,9 @@ void mixByteRow(const Mix<std::uint8_t>& m, const std::uint8_t* from, const std:
                 return limited(hn::Max(hn::Min(hn::SaturatedAdd(f, step), t), hn::SaturatedSub(f, step)));
             });
         case ThresholdDissolve:
-            return row([threshold = hn::Set(Words(), m.threshold)](Codes f, Codes t) {
-                return choose(hn::Gt(colourSum(f), threshold), f, t);
-            });
+            return row([threshold = m.threshold](Codes f, Codes t) { return choose(brighter(f, threshold), f, t); });
         case ThresholdAppear:
-            return row([threshold = hn::Set(Words(), m.threshold)](Codes f, Codes t) {
-                return choose(hn::Gt(threshold, colourSum(t)), f, t);
-            });
+            return row([threshold = m.threshold](Codes f, Codes t) { return choose(brighter(t, threshold), t, f); });
         case ThroughGray:
             return row([&, second = m.second](Codes f, Codes t) {
                 const Codes g = gray(f, t);

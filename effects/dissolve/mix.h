@@ -30,13 +30,13 @@ struct Mix {
     static constexpr bool kBytes = std::is_same_v<T, std::uint8_t>;
 
     Mode mode;
-    bool second;                                                // the half in which "SourceTo" leads
-    std::conditional_t<kBytes, std::uint16_t, float> weight;    // of the other picture; in the crossfade, the progress
-    std::conditional_t<kBytes, std::uint32_t, float> threshold; // of R + G + B, beyond which "SourceFrom" stays
-    T fade[4];                                                  // the factors of all blends
-    T drain[4], fill[4];                                        // ColorBleed
-    T step[4];                                                  // ColorMorph
-    T color[4];                                                 // ThroughColor, premultiplied
+    bool second;                                               // the half in which "SourceTo" leads
+    std::conditional_t<kBytes, std::uint16_t, float> weight;   // of the other picture; in the crossfade, the progress
+    std::conditional_t<kBytes, std::int32_t, float> threshold; // of R + G + B
+    T fade[4];                                                 // the factors of all blends
+    T drain[4], fill[4];                                       // ColorBleed
+    T step[4];                                                 // ColorMorph
+    T color[4];                                                // ThroughColor, premultiplied
 };
 
 // Rows of pixels of four components, premultiplied, alpha last.
