@@ -58,7 +58,7 @@ linearwipe::Edge linearwipeProcessorBase::edge() const {
 
 template <class T, int N, int max, int bgra>
 void linearwipeProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band) {
-    const auto [stepX, stepY, offset, perLength] = sweep();
+    const linearwipe::Sweep s = sweep();
     const linearwipe::Edge e = edge();
     // A hard edge has nothing to mix: a pixel right on it shows "SourceTo".
     const bool hard = values.feather == 0;
@@ -66,7 +66,7 @@ void linearwipeProcessor<T, N, max, bgra>::processWindow(const OFX::RectI& band)
 
     mixRows<T, N>(band, [&](int x, int y, const T* from, const T* to, T* wiped, std::size_t pixels) {
         const auto column = static_cast<float>(x - window.x1), row = static_cast<float>(window.y2 - 1 - y);
-        const linearwipe::Row line{column, stepX,         row * stepY + offset, perLength,
+        const linearwipe::Row line{column, s.stepX,       row * s.stepY + s.offset, s.perLength,
                                    low,    e.at + e.half, hard ? 0 : e.perWidth};
         simd::forType<T>(linearwipe::wipeByteRow, linearwipe::wipeFloatRow)(line, from, to, wiped, pixels);
     });
