@@ -58,9 +58,10 @@ using Channels = std::array<double, 4>;
 Channels bleedSpeeds(const Values& v) { return {v.bleedRed, v.bleedGreen, v.bleedBlue, v.bleedAlpha}; }
 Channels morphSpeeds(const Values& v) { return {v.morphRed, v.morphGreen, v.morphBlue, v.morphAlpha}; }
 
-Channels colorOf(const Values& v) {
+// Premultiplied, at full scale.
+Channels colorOf(const Values& v, double full) {
     const auto& [r, g, b, a] = v.color;
-    return {r * a, g * a, b * a, a};
+    return {full * r * a, full * g * a, full * b * a, full * a};
 }
 
 // Bytes count in whole codes: halves round up, a cut-off is a truncation. Floats take everything as it is.
@@ -152,8 +153,8 @@ dissolve::Mix<T> mixAt(const Values& v) {
             m.second = bytes ? q >= 127 : p >= 0.5;
             const double f = m.second ? std::clamp(2 * q - (bytes ? 254 : 1), 0.0, S::kFull) : 2 * q;
             fade = {f, f, f, m.mode == dissolve::ThroughGray ? q : f};
-            store<T, bgra>(m.color, each(colorOf(v), [](double c) {
-                               return bytes ? std::trunc(255 * std::clamp(c, 0.0, 1.0)) : c;
+            store<T, bgra>(m.color, each(colorOf(v, S::kFull), [](double c) {
+                               return bytes ? std::trunc(std::clamp(c, 0.0, S::kFull)) : c;
                            }));
             break;
         }
