@@ -127,6 +127,28 @@ TEST(Flash, DiffusesAlongEachAxisByItself) {
             }
 }
 
+// The usual case: opaque video, and the black tint that hosts begin with.
+TEST(Flash, OfOpaqueBytesAddsWhite) {
+    Session session(oneThread());
+    Random random(5);
+    for (int i = 0; i < 40; ++i) {
+        Between pictures(session, kFlash, kBytes, {0, 0, 67, 9});
+        for (const auto& image : {pictures.from, pictures.to})
+            for (int y = 0; y < 9; ++y)
+                for (int x = 0; x < 67; ++x) {
+                    Pixel p = pixelAt(*image, x, y);
+                    if (y < 7) p[3] = 255; // the rest keeps its holes
+                    put(*image, x, y, p);
+                }
+        const Flash flash{random.real(0, 1), 0, 0, {}};
+        const Reference reference(pictures, flash);
+        EXPECT_TRUE(pictures.shows(*pictures.at(flash.p, flash.settings()), [&](const Pixel&, const Pixel&, int x,
+                                                                                int y) {
+            return Expected{reference.at(flash, x, y), 0.5 + 1e-3};
+        })) << flash.p;
+    }
+}
+
 TEST(Flash, LeavesAFlatPictureFlat) {
     Session session;
     Between pictures(session, kFlash, kBytes, {0, 0, 300, 200});
