@@ -141,6 +141,8 @@ public:
 protected:
     // True where the values leave the picture as it is; a filter is then a copy, and the host is told so.
     virtual bool neutral(const Values&) const { return false; }
+    // The last step of a creation: linking rules, for instance.
+    virtual void created() {}
     // What a processor needs beyond images, window and values.
     virtual void setUp(Base&, const RenderArguments&) {}
 
@@ -209,8 +211,10 @@ private:
     }
 
 // The members of <fx>Plugin that never vary; public ones.
-#define OFX_EFFECT_PLUGIN(fx)                       \
-    fx##Plugin(OfxImageEffectHandle, OFX::Context); \
+#define OFX_EFFECT_PLUGIN(fx)                                                                                         \
+    fx##Plugin(OfxImageEffectHandle handle, OFX::Context context) : fx##Effect(handle, fx##Plugin::traits, context) { \
+        created();                                                                                                    \
+    }                                                                                                                 \
     static const OFX::EffectTraits traits
 
 // The last line of an effect's source: what the registry calls.

@@ -123,7 +123,7 @@ struct Param {
     bool enabled = true;
     std::span<const char* const> options{};
     bool unlimited = false; // a choice that may be none of the options: the effect sees what the host holds
-    const char* text = ""; // default of a text
+    const char* text = "";  // default of a text
     const char* hint = "";
 
     constexpr bool holdsValue() const { return kind != Kind::Group && kind != Kind::Page && kind != Kind::PushButton; }

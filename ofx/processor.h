@@ -58,6 +58,8 @@ public:
     RectI window{}; // the render window, in pixels
 
 protected:
+    // The part of the window that is rendered: hosts may ask for more than the image holds.
+    RectI area() const { return intersection(window, destination->bounds()); }
     // The rows of a band one by one, on the processors that the host's threads leave idle (see pixelops/parallel.h).
     // Stops when the host aborts.
     void eachRow(const RectI& band, const std::function<void(const RectI& row)>& function) const;

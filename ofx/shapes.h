@@ -32,7 +32,7 @@ void splitRow(int x1, int x2, int y, const std::array<const Image*, kSources>& s
             const bool inRow = y >= bounds.y1 && y < bounds.y2 && x < bounds.x2;
             const bool inside = inRow && x >= bounds.x1;
             from[i] = inside ? sources[i]->template at<const T>(x, y) : kTransparent;
-            end = std::min(end, inside ? bounds.x2 : x + kEmptyPiece);
+            end = std::min(end, inside ? bounds.x2 : x + std::min(kEmptyPiece, x2 - x));
             if (inRow && !inside) end = std::min(end, bounds.x1);
         }
         row(x, from, end - x);

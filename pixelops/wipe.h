@@ -23,6 +23,8 @@ void prefetch(const T* from) {
     for (std::size_t line = 0; line < 8; ++line) __builtin_prefetch(from + line * 64 / sizeof(T));
 }
 
+inline float size(float x) { return x < 0 ? -x : x; }
+
 // So many blocks are mixed before a run is looked for again.
 inline constexpr int kMixedBlocks = 4;
 

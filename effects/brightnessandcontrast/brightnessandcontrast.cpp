@@ -114,9 +114,6 @@ constinit const OFX::EffectTraits brightnessandcontrastPlugin::traits = {
     .helpContext = 1248,
 };
 
-brightnessandcontrastPlugin::brightnessandcontrastPlugin(OfxImageEffectHandle handle, OFX::Context context)
-    : brightnessandcontrastEffect(handle, traits, context) {}
-
 bool brightnessandcontrastPlugin::neutral(const Values& v) const {
     return std::abs(v.brightness) <= kThreshold && std::abs(v.contrast) <= kThreshold;
 }

@@ -260,11 +260,6 @@ constinit const OFX::EffectTraits checkerboardPlugin::traits = {
     .childrenOnPage = false,
 };
 
-checkerboardPlugin::checkerboardPlugin(OfxImageEffectHandle handle, OFX::Context context)
-    : checkerboardEffect(handle, traits, context) {
-    linkParams();
-}
-
 void checkerboardPlugin::changedParam(const OFX::ChangeArguments&, const char*) { linkParams(); }
 
 void checkerboardPlugin::linkParams() {

@@ -45,6 +45,9 @@ public:
     void changedParam(const OFX::ChangeArguments&, const char* name) override;
     bool keyframeUplift(const OFX::UpliftArguments&) override;
 
+protected:
+    void created() override { linkParams(); }
+
 private:
     void linkParams();
 };

@@ -6,7 +6,6 @@
 
 #include "kernels.h"
 #include "ofx/log.h"
-#include "pixelops/rows.h"
 
 namespace {
 
@@ -176,9 +175,6 @@ constinit const OFX::EffectTraits chromakeyerPlugin::traits = {
     .program = &kernelProgram,
     .helpContext = 1253,
 };
-
-chromakeyerPlugin::chromakeyerPlugin(OfxImageEffectHandle handle, OFX::Context context)
-    : chromakeyerEffect(handle, traits, context) {}
 
 // The matte limits alpha and leaves the colours, so they are straight ones: a host that took them for premultiplied
 // would add the screen to the background.

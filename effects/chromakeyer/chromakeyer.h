@@ -31,9 +31,6 @@ protected:
     };
     Sigmas sigmas() const;
 
-    // The part of the window that is rendered: hosts may ask for more than the image holds.
-    OFX::RectI area() const { return OFX::intersection(window, destination->bounds()); }
-
     // Of the area; only with a blur. The hard matte has a margin of a pixel all around, in which its edge is repeated.
     // Of the soft matte's edges there is a byte for each pixel.
     std::optional<OFX::TemporaryPlane> hard_, soft_, edges_;

@@ -76,7 +76,4 @@ constinit const OFX::EffectTraits clockwipePlugin::traits = {
     .helpContext = 1288,
 };
 
-clockwipePlugin::clockwipePlugin(OfxImageEffectHandle handle, OFX::Context context)
-    : clockwipeEffect(handle, traits, context) {}
-
 OFX_EFFECT(clockwipe)

@@ -6,7 +6,7 @@ namespace clockwipe {
 namespace SIMD_LEVEL {
 namespace {
 
-using lanes::Lanes;
+using lanes::Lanes, lanes::size;
 
 // The feather's angle at a pixel, never narrower than about a pixel and a half of arc.
 Lanes featherAt(const Hand& hand, Lanes u, Lanes v) {
@@ -16,7 +16,6 @@ Lanes featherAt(const Hand& hand, Lanes u, Lanes v) {
     return max(lanes::atanOfUnit(sine / sqrt((1.0f - sine) * (1.0f + sine))), feather);
 }
 
-float size(float x) { return x < 0 ? -x : x; }
 float least(float a, float b) { return a < b ? a : b; }
 
 // A point and a ray: on which side of the ray's line, and how far from it.

@@ -101,9 +101,6 @@ constinit const OFX::EffectTraits colorcorrectorPlugin::traits = {
     .helpContext = 1255,
 };
 
-colorcorrectorPlugin::colorcorrectorPlugin(OfxImageEffectHandle handle, OFX::Context context)
-    : colorcorrectorEffect(handle, traits, context) {}
-
 bool colorcorrectorPlugin::neutral(const Values& v) const { return colorcorrector::stagesOf(v) == 0; }
 
 OFX_EFFECT(colorcorrector)

@@ -215,11 +215,6 @@ constinit const OFX::EffectTraits dissolvePlugin::traits = {
     .helpContext = 1290,
 };
 
-dissolvePlugin::dissolvePlugin(OfxImageEffectHandle handle, OFX::Context context)
-    : dissolveEffect(handle, traits, context) {
-    enableParams();
-}
-
 void dissolvePlugin::changedParam(const OFX::ChangeArguments&, const char* name) {
     if (std::strcmp(name, "Type") == 0) enableParams();
 }

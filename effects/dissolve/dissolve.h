@@ -24,6 +24,9 @@ public:
     OFX_EFFECT_PLUGIN(dissolve);
     void changedParam(const OFX::ChangeArguments&, const char* name) override;
 
+protected:
+    void created() override { enableParams(); }
+
 private:
     void enableParams();
 };

@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "kernels.h"
-#include "ofx/device_blur.h"
 
 namespace {
 
@@ -102,7 +101,5 @@ constinit const OFX::EffectTraits flashPlugin::traits = {
     .program = &kernelProgram,
     .helpContext = 1291,
 };
-
-flashPlugin::flashPlugin(OfxImageEffectHandle handle, OFX::Context context) : flashEffect(handle, traits, context) {}
 
 OFX_EFFECT(flash)

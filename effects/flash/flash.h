@@ -31,8 +31,6 @@ protected:
     };
     Sigmas sigmas() const;
 
-    // The part of the window that is rendered: hosts may ask for more than the image holds.
-    OFX::RectI area() const { return OFX::intersection(window, destination->bounds()); }
     float* lumaAt(int x, int y) const {
         return luma_->plane().row(static_cast<std::size_t>(y - area().y1)) + (x - area().x1);
     }

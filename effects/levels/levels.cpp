@@ -87,6 +87,4 @@ constinit const OFX::EffectTraits levelsPlugin::traits = {
     .helpContext = 1268,
 };
 
-levelsPlugin::levelsPlugin(OfxImageEffectHandle handle, OFX::Context context) : levelsEffect(handle, traits, context) {}
-
 OFX_EFFECT(levels)

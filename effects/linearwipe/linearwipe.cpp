@@ -93,7 +93,4 @@ constinit const OFX::EffectTraits linearwipePlugin::traits = {
     .helpContext = 1293,
 };
 
-linearwipePlugin::linearwipePlugin(OfxImageEffectHandle handle, OFX::Context context)
-    : linearwipeEffect(handle, traits, context) {}
-
 OFX_EFFECT(linearwipe)

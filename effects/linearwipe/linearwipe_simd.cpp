@@ -6,7 +6,7 @@ namespace linearwipe {
 namespace SIMD_LEVEL {
 namespace {
 
-using lanes::Lanes;
+using lanes::Lanes, lanes::size;
 
 class Mask {
 public:
@@ -25,8 +25,6 @@ public:
     }
 
 private:
-    static float size(float x) { return x < 0 ? -x : x; }
-
     const Row row_;
 };
 
